@@ -1,0 +1,33 @@
+#ifndef BV_SHELL_MAIN_H
+#define BV_SHELL_MAIN_H
+
+#include <SDL/SDL.h>
+
+// The program's shell: start-up, the event and frame loop, shutdown, and the
+// small window helpers every drawing module uses.
+
+extern unsigned int splash_t, splash_0, splash_1;
+extern SDL_Surface* surface;
+
+[[noreturn]] void quit(int status);
+bool createGLwindow();
+void killGLwindow();
+void initGL();
+void resizeGLwindow2D(float w, float h);
+void resizeGLwindow3D();
+void splashScreen();
+void drawSplashSegment(unsigned long i);
+void drawGL();
+void wireframe();
+void solid();
+unsigned int qbGetFileSize(const char* path);
+
+// The pieces of main(), apart so that they can be driven one by one.
+void startup();
+void handleEvent(const SDL_Event& event, bool& done);
+void looppass(bool& done);
+unsigned long mainloop();  // returns the number of frames drawn
+[[noreturn]] void shutdown();
+[[noreturn]] void gamemain();
+
+#endif
