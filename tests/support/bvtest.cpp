@@ -1,0 +1,143 @@
+#include "support/bvtest.h"
+
+#include <gtest/gtest.h>
+#include <sndfile.h>
+#include <unistd.h>
+
+#include <GL/gl.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "shell/blackbox.h"
+#include "shell/bvconfig.h"
+#include "shell/main.h"
+
+namespace fs = std::filesystem;
+
+namespace bvtest {
+
+ScratchDir::ScratchDir() {
+    char templ[] = "/tmp/brontevalle-test-XXXXXX";
+    path_ = mkdtemp(templ);
+    previous_ = fs::current_path();
+    for (const char* d : {"Data", "Data/Screenshots", "Data/Highscore", "Data/Ghosts"})
+        fs::create_directories(path_ + "/" + d);
+    fs::current_path(path_);
+}
+
+ScratchDir::~ScratchDir() {
+    fs::current_path(previous_);
+    std::error_code ec;
+    fs::remove_all(path_, ec);
+}
+
+std::string readFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+void writeFile(const std::string& path, const std::string& contents) {
+    std::ofstream out(path, std::ios::binary);
+    out << contents;
+}
+
+bool fileExists(const std::string& path) {
+    return fs::exists(path);
+}
+
+std::vector<std::string> lines(const std::string& text) {
+    std::vector<std::string> out;
+    std::stringstream s(text);
+    std::string line;
+    while (std::getline(s, line)) out.push_back(line);
+    return out;
+}
+
+void openWindow(unsigned int width, unsigned int height) {
+    ASSERT_NE(getenv("DISPLAY"), nullptr) << "GL tests need an X display (make test starts Xvfb)";
+    config.width = width;
+    config.height = height;
+    config.depth = 32;
+    config.fullscreen = 0;
+    if (blackbox.file[0] == 0) blackbox.init("/dev/null", false);
+    ASSERT_TRUE(createGLwindow());
+}
+
+Pixel readPixel(int x, int y) {
+    unsigned char p[3];
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(x, y, 1, 1, GL_RGB, GL_UNSIGNED_BYTE, p);
+    return {p[0], p[1], p[2]};
+}
+
+SoundCapture::SoundCapture() {
+    char templ[] = "/tmp/brontevalle-sound-XXXXXX";
+    dir_ = mkdtemp(templ);
+    wav_ = dir_ + "/capture.wav";
+    std::string conf = dir_ + "/alsoft.conf";
+    writeFile(conf, "[general]\ndrivers=wave\nfrequency=44100\nchannels=stereo\nsample-type=int16\n"
+                    "[wave]\nfile=" + wav_ + "\n");
+    setenv("ALSOFT_CONF", conf.c_str(), 1);
+}
+
+SoundCapture::~SoundCapture() {
+    std::error_code ec;
+    fs::remove_all(dir_, ec);
+}
+
+std::vector<float> SoundCapture::read(int* channels, int* rate) const {
+    SF_INFO info = {};
+    SNDFILE* f = sf_open(wav_.c_str(), SFM_READ, &info);
+    std::vector<float> frames;
+    if (!f) return frames;
+    frames.resize((size_t)info.frames * info.channels);
+    sf_readf_float(f, frames.data(), info.frames);
+    sf_close(f);
+    if (channels) *channels = info.channels;
+    if (rate) *rate = info.samplerate;
+    return frames;
+}
+
+void writeTone(const std::string& path, double hertz, double seconds, int rate, double amplitude) {
+    SF_INFO info = {};
+    info.samplerate = rate;
+    info.channels = 1;
+    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    SNDFILE* f = sf_open(path.c_str(), SFM_WRITE, &info);
+    ASSERT_NE(f, nullptr) << sf_strerror(nullptr);
+    std::vector<short> pcm((size_t)(seconds * rate));
+    for (size_t i = 0; i < pcm.size(); i++)
+        pcm[i] = (short)(32767 * amplitude * std::sin(2 * M_PI * hertz * (double)i / rate));
+    sf_write_short(f, pcm.data(), (sf_count_t)pcm.size());
+    sf_close(f);
+}
+
+double rms(const std::vector<float>& frames, int channels, int channel, int rate, double from, double to) {
+    size_t a = (size_t)(from * rate), b = (size_t)(to * rate);
+    size_t n = frames.size() / channels;
+    if (b > n) b = n;
+    double sum = 0;
+    size_t count = 0;
+    for (size_t i = a; i < b; i++, count++) sum += (double)frames[i * channels + channel] * frames[i * channels + channel];
+    return count ? std::sqrt(sum / count) : 0;
+}
+
+double zeroCrossingHz(const std::vector<float>& frames, int channels, int channel, int rate, double from,
+                      double to) {
+    size_t a = (size_t)(from * rate), b = (size_t)(to * rate);
+    size_t n = frames.size() / channels;
+    if (b > n) b = n;
+    int crossings = 0;
+    for (size_t i = a + 1; i < b; i++)
+        if (frames[(i - 1) * channels + channel] < 0 && frames[i * channels + channel] >= 0) crossings++;
+    return b > a ? crossings / ((double)(b - a) / rate) : 0;
+}
+
+}  // namespace bvtest

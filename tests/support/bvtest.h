@@ -1,0 +1,65 @@
+#ifndef BV_TESTS_SUPPORT_BVTEST_H
+#define BV_TESTS_SUPPORT_BVTEST_H
+
+// Shared helpers of the test programs: a scratch game directory, a real GL
+// window, captured sound, and small file utilities.
+
+#include <string>
+#include <vector>
+
+namespace bvtest {
+
+// A fresh directory with an empty Data/ tree that becomes the working directory
+// for the life of the object (the game reads and writes relative to it).
+class ScratchDir {
+public:
+    ScratchDir();
+    ~ScratchDir();
+    const std::string& path() const { return path_; }
+
+private:
+    std::string path_;
+    std::string previous_;
+};
+
+std::string readFile(const std::string& path);
+void writeFile(const std::string& path, const std::string& contents);
+bool fileExists(const std::string& path);
+std::vector<std::string> lines(const std::string& text);
+
+// Opens the game's own window (SDL, Mesa GL, 8-bit stencil) at width x height,
+// windowed, after filling `config` with its built-in defaults.
+void openWindow(unsigned int width = 320, unsigned int height = 240);
+
+// An RGB pixel of the back buffer, x and y from the bottom left.
+struct Pixel {
+    int r, g, b;
+};
+Pixel readPixel(int x, int y);
+
+// Makes OpenAL Soft write everything it plays into a WAV file instead of a
+// sound card. Call before FSOUND_Init; read the capture after FSOUND_Close.
+class SoundCapture {
+public:
+    SoundCapture();
+    ~SoundCapture();
+    const std::string& file() const { return wav_; }
+    // Interleaved stereo frames, -1..1.
+    std::vector<float> read(int* channels = nullptr, int* rate = nullptr) const;
+
+private:
+    std::string dir_, wav_;
+};
+
+// Writes a mono 16-bit WAV of a sine tone.
+void writeTone(const std::string& path, double hertz, double seconds, int rate = 22050, double amplitude = 0.5);
+
+// Root-mean-square level of one channel of interleaved frames in [from, to) seconds.
+double rms(const std::vector<float>& frames, int channels, int channel, int rate, double from, double to);
+// Dominant frequency of one channel by counting upward zero crossings.
+double zeroCrossingHz(const std::vector<float>& frames, int channels, int channel, int rate, double from,
+                      double to);
+
+}  // namespace bvtest
+
+#endif
