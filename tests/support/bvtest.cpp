@@ -5,6 +5,9 @@
 #include <unistd.h>
 
 #include <GL/gl.h>
+#include <SDL/SDL_syswm.h>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
 
 #include <cmath>
 #include <cstdlib>
@@ -77,6 +80,22 @@ Pixel readPixel(int x, int y) {
     return {p[0], p[1], p[2]};
 }
 
+Pixel screenPixel(int x, int y) {
+    glFinish();
+    SDL_SysWMinfo info;
+    SDL_VERSION(&info.version);
+    if (SDL_GetWMInfo(&info) <= 0) return {-1, -1, -1};
+    info.info.x11.lock_func();
+    Display* display = info.info.x11.display;
+    XSync(display, False);
+    XImage* image = XGetImage(display, info.info.x11.window, x, (int)config.height - 1 - y, 1, 1, AllPlanes, ZPixmap);
+    info.info.x11.unlock_func();
+    if (!image) return {-1, -1, -1};
+    unsigned long p = XGetPixel(image, 0, 0);
+    XDestroyImage(image);
+    return {(int)((p >> 16) & 0xff), (int)((p >> 8) & 0xff), (int)(p & 0xff)};
+}
+
 SoundCapture::SoundCapture() {
     char templ[] = "/tmp/brontevalle-sound-XXXXXX";
     dir_ = mkdtemp(templ);
@@ -103,6 +122,31 @@ std::vector<float> SoundCapture::read(int* channels, int* rate) const {
     if (channels) *channels = info.channels;
     if (rate) *rate = info.samplerate;
     return frames;
+}
+
+void writeTGA(const std::string& path, unsigned int width, unsigned int height, unsigned int bpp,
+              const std::vector<unsigned char>& pixels) {
+    std::string data(12, '\0');
+    data[2] = 2;
+    data += (char)(width % 256);
+    data += (char)(width / 256);
+    data += (char)(height % 256);
+    data += (char)(height / 256);
+    data += (char)bpp;
+    data += (char)0;
+    data.append(pixels.begin(), pixels.end());
+    writeFile(path, data);
+}
+
+void writeSolidTGA(const std::string& path, unsigned int width, unsigned int height, int r, int g, int b, int a) {
+    std::vector<unsigned char> pixels;
+    for (unsigned int i = 0; i < width * height; i++) {
+        pixels.push_back((unsigned char)b);
+        pixels.push_back((unsigned char)g);
+        pixels.push_back((unsigned char)r);
+        if (a >= 0) pixels.push_back((unsigned char)a);
+    }
+    writeTGA(path, width, height, a >= 0 ? 32 : 24, pixels);
 }
 
 void writeTone(const std::string& path, double hertz, double seconds, int rate, double amplitude) {

@@ -36,6 +36,9 @@ struct Pixel {
     int r, g, b;
 };
 Pixel readPixel(int x, int y);
+// An RGB pixel of what the window shows on the X screen, x and y from the
+// bottom left as in GL: what a player sees after a buffer swap.
+Pixel screenPixel(int x, int y);
 
 // Makes OpenAL Soft write everything it plays into a WAV file instead of a
 // sound card. Call before FSOUND_Init; read the capture after FSOUND_Close.
@@ -50,6 +53,14 @@ public:
 private:
     std::string dir_, wav_;
 };
+
+// Writes an uncompressed TGA: header type 2, pixels as given (blue, green,
+// red[, alpha]), first row at the bottom.
+void writeTGA(const std::string& path, unsigned int width, unsigned int height, unsigned int bpp,
+              const std::vector<unsigned char>& pixels);
+// A width x height picture of one colour (r, g, b, a).
+void writeSolidTGA(const std::string& path, unsigned int width, unsigned int height, int r, int g, int b,
+                   int a = -1);
 
 // Writes a mono 16-bit WAV of a sine tone.
 void writeTone(const std::string& path, double hertz, double seconds, int rate = 22050, double amplitude = 0.5);

@@ -1,0 +1,242 @@
+// The sound adapter, judged by what OpenAL Soft actually plays: every test
+// captures the mix through the wave-file backend and measures it.
+
+#include <gtest/gtest.h>
+#include <sndfile.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "audio/fsound.h"
+#include "support/bvtest.h"
+
+using namespace bvtest;
+
+namespace {
+
+struct Captured {
+    std::vector<float> frames;
+    int channels = 0;
+    int rate = 0;
+    double level(int channel, double from, double to) const { return rms(frames, channels, channel, rate, from, to); }
+    double pitch(int channel, double from, double to) const {
+        return zeroCrossingHz(frames, channels, channel, rate, from, to);
+    }
+};
+
+class SoundTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        tone = scratch.path() + "/tone.wav";
+        writeTone(tone, 440, 0.5);
+        ASSERT_TRUE(FSOUND_Init(44100, 32, 0));
+    }
+    // Lets the mixer run in real time for a while; the wave backend writes as it goes.
+    static void play(double seconds) { usleep((useconds_t)(seconds * 1e6)); }
+    Captured finish() {
+        FSOUND_Close();
+        Captured c;
+        c.frames = capture.read(&c.channels, &c.rate);
+        return c;
+    }
+    ScratchDir scratch;
+    SoundCapture capture;
+    std::string tone;
+};
+
+TEST_F(SoundTest, OneShotPlaysAndEnds) {
+    FSOUND_SAMPLE* s = FSOUND_Sample_Load(FSOUND_FREE, tone.c_str(), FSOUND_LOOP_OFF, 0);
+    ASSERT_NE(s, nullptr);
+    int ch = FSOUND_PlaySound(FSOUND_FREE, s);
+    ASSERT_GE(ch, 0);
+    EXPECT_TRUE(FSOUND_IsPlaying(ch));
+    play(0.9);
+    EXPECT_FALSE(FSOUND_IsPlaying(ch));
+    Captured c = finish();
+    ASSERT_EQ(c.channels, 2);
+    EXPECT_GT(c.level(0, 0.1, 0.3), 0.05);
+    EXPECT_NEAR(c.pitch(0, 0.1, 0.4), 440, 15);
+    // After the half-second tone has run out: silence.
+    EXPECT_LT(c.level(0, 0.75, 0.85), 0.001);
+}
+
+TEST_F(SoundTest, LoopKeepsPlaying) {
+    FSOUND_SAMPLE* s = FSOUND_Sample_Load(FSOUND_FREE, tone.c_str(), FSOUND_LOOP_NORMAL, 0);
+    int ch = FSOUND_PlaySound(FSOUND_FREE, s);
+    play(1.3);
+    EXPECT_TRUE(FSOUND_IsPlaying(ch));
+    Captured c = finish();
+    EXPECT_GT(c.level(0, 1.0, 1.2), 0.05);
+}
+
+TEST_F(SoundTest, VolumeZeroIsSilentAnd255Loud) {
+    FSOUND_SAMPLE* s = FSOUND_Sample_Load(FSOUND_FREE, tone.c_str(), FSOUND_LOOP_NORMAL, 0);
+    int ch = FSOUND_PlaySound(FSOUND_FREE, s);
+    FSOUND_SetVolume(ch, 0);
+    play(0.5);
+    FSOUND_SetVolume(ch, 255);
+    play(0.5);
+    Captured c = finish();
+    EXPECT_LT(c.level(0, 0.1, 0.4), 0.001);
+    EXPECT_GT(c.level(0, 0.65, 0.95), 0.1);
+}
+
+TEST_F(SoundTest, PanZeroIsLeftOnly) {
+    FSOUND_SAMPLE* s = FSOUND_Sample_Load(FSOUND_FREE, tone.c_str(), FSOUND_LOOP_NORMAL, 0);
+    int ch = FSOUND_PlaySound(FSOUND_FREE, s);
+    FSOUND_SetPan(ch, 0);
+    play(0.6);
+    Captured c = finish();
+    double left = c.level(0, 0.2, 0.5), right = c.level(1, 0.2, 0.5);
+    EXPECT_GT(left, 0.1);
+    EXPECT_LT(right, 0.01 * left);
+}
+
+TEST_F(SoundTest, PanCentreIsBalanced) {
+    FSOUND_SAMPLE* s = FSOUND_Sample_Load(FSOUND_FREE, tone.c_str(), FSOUND_LOOP_NORMAL, 0);
+    int ch = FSOUND_PlaySound(FSOUND_FREE, s);
+    FSOUND_SetPan(ch, 128);
+    play(0.6);
+    Captured c = finish();
+    EXPECT_NEAR(c.level(0, 0.2, 0.5), c.level(1, 0.2, 0.5), 0.01);
+}
+
+TEST_F(SoundTest, DoublingFrequencyDoublesPitch) {
+    FSOUND_SAMPLE* s = FSOUND_Sample_Load(FSOUND_FREE, tone.c_str(), FSOUND_LOOP_NORMAL, 0);
+    int ch = FSOUND_PlaySound(FSOUND_FREE, s);
+    FSOUND_SetFrequency(ch, 22050);
+    play(0.5);
+    FSOUND_SetFrequency(ch, 44100);
+    play(0.5);
+    Captured c = finish();
+    double low = c.pitch(0, 0.1, 0.45), high = c.pitch(0, 0.6, 0.95);
+    EXPECT_NEAR(low, 440, 15);
+    EXPECT_NEAR(high / low, 2.0, 0.06);
+}
+
+TEST_F(SoundTest, PauseStopsOutputButNotTheChannel) {
+    FSOUND_SAMPLE* s = FSOUND_Sample_Load(FSOUND_FREE, tone.c_str(), FSOUND_LOOP_NORMAL, 0);
+    int ch = FSOUND_PlaySound(FSOUND_FREE, s);
+    play(0.4);
+    FSOUND_SetPaused(ch, 1);
+    play(0.5);
+    EXPECT_TRUE(FSOUND_IsPlaying(ch));
+    FSOUND_SetPaused(ch, 0);
+    play(0.4);
+    Captured c = finish();
+    EXPECT_GT(c.level(0, 0.1, 0.3), 0.1);
+    EXPECT_LT(c.level(0, 0.55, 0.8), 0.001);
+    EXPECT_GT(c.level(0, 1.0, 1.2), 0.1);
+}
+
+TEST_F(SoundTest, StopAllEndsEveryChannel) {
+    FSOUND_SAMPLE* s = FSOUND_Sample_Load(FSOUND_FREE, tone.c_str(), FSOUND_LOOP_NORMAL, 0);
+    int a = FSOUND_PlaySound(FSOUND_FREE, s);
+    int b = FSOUND_PlaySound(FSOUND_FREE, s);
+    ASSERT_NE(a, b);
+    play(0.3);
+    EXPECT_TRUE(FSOUND_StopSound(FSOUND_ALL));
+    EXPECT_FALSE(FSOUND_IsPlaying(a));
+    EXPECT_FALSE(FSOUND_IsPlaying(b));
+    play(0.4);
+    Captured c = finish();
+    EXPECT_GT(c.level(0, 0.05, 0.25), 0.05);
+    EXPECT_LT(c.level(0, 0.45, 0.65), 0.001);
+}
+
+TEST_F(SoundTest, MasterVolumeScalesEverything) {
+    FSOUND_SAMPLE* s = FSOUND_Sample_Load(FSOUND_FREE, tone.c_str(), FSOUND_LOOP_NORMAL, 0);
+    FSOUND_PlaySound(FSOUND_FREE, s);
+    play(0.5);
+    FSOUND_SetSFXMasterVolume(64);
+    play(0.5);
+    Captured c = finish();
+    double ratio = c.level(0, 0.65, 0.95) / c.level(0, 0.1, 0.4);
+    EXPECT_NEAR(ratio, 64.0 / 255.0, 0.03);
+}
+
+TEST_F(SoundTest, PositionAdvancesInSamples) {
+    FSOUND_SAMPLE* s = FSOUND_Sample_Load(FSOUND_FREE, tone.c_str(), FSOUND_LOOP_OFF, 0);
+    int ch = FSOUND_PlaySound(FSOUND_FREE, s);
+    play(0.1);
+    unsigned int first = FSOUND_GetCurrentPosition(ch);
+    play(0.1);
+    unsigned int second = FSOUND_GetCurrentPosition(ch);
+    // Counted in the sample's own frames: the half-second tone holds 11025.
+    EXPECT_GT(first, 0u);
+    EXPECT_GT(second, first);
+    EXPECT_LE(second, 11025u);
+    finish();
+}
+
+TEST_F(SoundTest, Mp3Decodes) {
+    // libsndfile writes the MP3 too, so this needs nothing beyond our own stack.
+    std::string mp3 = scratch.path() + "/tone.mp3";
+    SF_INFO info = {};
+    info.samplerate = 44100;
+    info.channels = 1;
+    info.format = SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III;
+    SNDFILE* f = sf_open(mp3.c_str(), SFM_WRITE, &info);
+    ASSERT_NE(f, nullptr) << sf_strerror(nullptr);
+    std::vector<short> pcm(44100);
+    for (size_t i = 0; i < pcm.size(); i++) pcm[i] = (short)(12000 * std::sin(2 * M_PI * 330 * (double)i / 44100));
+    sf_write_short(f, pcm.data(), (sf_count_t)pcm.size());
+    sf_close(f);
+
+    FSOUND_SAMPLE* s = FSOUND_Sample_Load(FSOUND_FREE, mp3.c_str(), FSOUND_LOOP_OFF, 0);
+    ASSERT_NE(s, nullptr);
+    FSOUND_PlaySound(FSOUND_FREE, s);
+    play(0.6);
+    Captured c = finish();
+    EXPECT_NEAR(c.pitch(0, 0.15, 0.5), 330, 12);
+}
+
+TEST_F(SoundTest, MissingAndUndecodableFilesGiveNoSample) {
+    EXPECT_EQ(FSOUND_Sample_Load(FSOUND_FREE, "no-such-file.wav", FSOUND_LOOP_OFF, 0), nullptr);
+    std::string junk = scratch.path() + "/junk.wav";
+    writeFile(junk, "RIFF this is not a wave file at all");
+    EXPECT_EQ(FSOUND_Sample_Load(FSOUND_FREE, junk.c_str(), FSOUND_LOOP_OFF, 0), nullptr);
+    finish();
+}
+
+TEST_F(SoundTest, BadHandlesAreHarmless) {
+    EXPECT_EQ(FSOUND_PlaySound(FSOUND_FREE, nullptr), -1);
+    auto* bogus = reinterpret_cast<FSOUND_SAMPLE*>(0x1234);
+    EXPECT_EQ(FSOUND_PlaySound(FSOUND_FREE, bogus), -1);
+    FSOUND_Sample_Free(bogus);
+    for (int ch : {-7, -1, 32, 99999}) {
+        EXPECT_FALSE(FSOUND_StopSound(ch));
+        EXPECT_FALSE(FSOUND_IsPlaying(ch));
+        EXPECT_EQ(FSOUND_GetCurrentPosition(ch), 0u);
+        EXPECT_FALSE(FSOUND_SetVolume(ch, 100));
+        EXPECT_FALSE(FSOUND_SetFrequency(ch, 100));
+        EXPECT_FALSE(FSOUND_SetPan(ch, 100));
+        EXPECT_FALSE(FSOUND_SetPaused(ch, 1));
+    }
+    finish();
+}
+
+TEST(SoundWithoutInit, EveryCallFailsQuietly) {
+    EXPECT_EQ(FSOUND_Sample_Load(FSOUND_FREE, "anything.wav", FSOUND_LOOP_OFF, 0), nullptr);
+    EXPECT_EQ(FSOUND_PlaySound(FSOUND_FREE, nullptr), -1);
+    EXPECT_FALSE(FSOUND_StopSound(FSOUND_ALL));
+    EXPECT_FALSE(FSOUND_IsPlaying(0));
+    EXPECT_FALSE(FSOUND_SetVolume(0, 1));
+    EXPECT_FALSE(FSOUND_SetPaused(FSOUND_ALL, 1));
+    FSOUND_SetSFXMasterVolume(10);
+    FSOUND_Sample_Free(nullptr);
+    FSOUND_Close();
+}
+
+TEST(SoundWithoutDevice, InitFailsWhenNoDeviceOpens) {
+    // A backend list with nothing usable in it: no device can open.
+    ScratchDir scratch;
+    writeFile("alsoft.conf", "[general]\ndrivers=none-such\n");
+    setenv("ALSOFT_CONF", (scratch.path() + "/alsoft.conf").c_str(), 1);
+    EXPECT_FALSE(FSOUND_Init(44100, 32, 0));
+    EXPECT_EQ(FSOUND_PlaySound(FSOUND_FREE, nullptr), -1);
+}
+
+}  // namespace
