@@ -3,7 +3,7 @@
 
 BUILD   ?= build
 JOBS    ?= $(shell nproc)
-XVFB    := xvfb-run -a -s "-screen 0 1024x768x24"
+XVFB    := scripts/with-xvfb
 
 .PHONY: all run test setup deps configure build clean
 

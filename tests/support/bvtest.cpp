@@ -5,11 +5,18 @@
 #include <unistd.h>
 
 #include <GL/gl.h>
+#include <SDL/SDL.h>
 #include <SDL/SDL_syswm.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/wait.h>
+
+#include <chrono>
 #include <cmath>
+#include <thread>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -70,6 +77,12 @@ void openWindow(unsigned int width, unsigned int height) {
     config.depth = 32;
     config.fullscreen = 0;
     if (blackbox.file[0] == 0) blackbox.init("/dev/null", false);
+    // Xvfb accepts connections between requests; while another test process
+    // keeps it busy its queue can be full and a connection is refused
+    // (EAGAIN). A person's X server would let us in a moment later, so do we.
+    // Only X11 will do: SDL would otherwise settle for a text-mode driver.
+    setenv("SDL_VIDEODRIVER", "x11", 1);
+    for (int attempt = 0; attempt < 50 && SDL_Init(SDL_INIT_VIDEO) < 0; attempt++) SDL_Delay(100);
     ASSERT_TRUE(createGLwindow());
 }
 
@@ -182,6 +195,111 @@ double zeroCrossingHz(const std::vector<float>& frames, int channels, int channe
     for (size_t i = a + 1; i < b; i++)
         if (frames[(i - 1) * channels + channel] < 0 && frames[i * channels + channel] >= 0) crossings++;
     return b > a ? crossings / ((double)(b - a) / rate) : 0;
+}
+
+std::string run(const std::string& command) {
+    std::string out;
+    FILE* p = popen(command.c_str(), "r");
+    if (!p) return out;
+    char buf[4096];
+    size_t n;
+    while ((n = fread(buf, 1, sizeof buf, p)) > 0) out.append(buf, n);
+    pclose(p);
+    return out;
+}
+
+std::string waveConf(const std::string& dir) {
+    std::string conf = dir + "/alsoft.conf";
+    writeFile(conf, "[general]\ndrivers=wave\n[wave]\nfile=" + dir + "/capture.wav\n");
+    return conf;
+}
+
+GameProcess::GameProcess(const std::string& dir, const std::vector<std::string>& env) : dir_(dir), env_(env) {
+    start();
+}
+
+void GameProcess::start() {
+    const std::string& dir = dir_;
+    const std::vector<std::string>& env = env_;
+    status_ = -1;
+    out_ = dir + "/stdout.txt";
+    pid_ = fork();
+    if (pid_ == 0) {
+        if (chdir(dir.c_str()) != 0) _exit(127);
+        int fd = open(out_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        dup2(fd, 1);
+        int null = open("/dev/null", O_WRONLY);
+        dup2(null, 2);
+        setenv("SDL_VIDEODRIVER", "x11", 1);
+        for (const std::string& e : env) putenv(strdup(e.c_str()));
+        execl(BV_GAME_BINARY, "brontevalle", (char*)nullptr);
+        _exit(127);
+    }
+}
+
+GameProcess::~GameProcess() {
+    if (pid_ > 0 && status_ < 0) {
+        kill(pid_, SIGKILL);
+        waitpid(pid_, nullptr, 0);
+    }
+}
+
+unsigned long GameProcess::window(double seconds) {
+    auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+    while (std::chrono::steady_clock::now() < end) {
+        std::string ids = run("xdotool search --onlyvisible --pid " + std::to_string(pid_) +
+                              " --classname brontevalle 2>/dev/null");
+        if (!ids.empty()) return std::stoul(ids);
+        int st;
+        if (waitpid(pid_, &st, WNOHANG) == pid_) {
+            status_ = WIFEXITED(st) ? WEXITSTATUS(st) : 128 + WTERMSIG(st);
+            // A busy Xvfb can refuse a connection for a moment (see openWindow):
+            // start again, as a player would.
+            if (status_ == 1 && output().find("Video initialization failed") != std::string::npos && restarts_++ < 20) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(200));
+                start();
+                continue;
+            }
+            return 0;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    return 0;
+}
+
+void GameProcess::closeWindow() {
+    unsigned long id = window();
+    if (!id) return;
+    Display* display = XOpenDisplay(nullptr);
+    if (!display) return;
+    XEvent event = {};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = id;
+    event.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = (long)XInternAtom(display, "WM_DELETE_WINDOW", False);
+    event.xclient.data.l[1] = CurrentTime;
+    XSendEvent(display, id, False, NoEventMask, &event);
+    XFlush(display);
+    XCloseDisplay(display);
+}
+
+int GameProcess::wait(double seconds) {
+    if (status_ >= 0) return status_;
+    auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+    while (std::chrono::steady_clock::now() < end) {
+        int st;
+        if (waitpid(pid_, &st, WNOHANG) == pid_) {
+            status_ = WIFEXITED(st) ? WEXITSTATUS(st) : 128 + WTERMSIG(st);
+            return status_;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return -1;
+}
+
+std::string GameProcess::output() const {
+    return readFile(out_);
 }
 
 }  // namespace bvtest

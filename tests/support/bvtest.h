@@ -71,6 +71,38 @@ double rms(const std::vector<float>& frames, int channels, int channel, int rate
 double zeroCrossingHz(const std::vector<float>& frames, int channels, int channel, int rate, double from,
                       double to);
 
+// The real game binary, started in a directory of our choosing with its
+// standard output in a file.
+class GameProcess {
+public:
+    // env: extra "NAME=value" entries.
+    GameProcess(const std::string& dir, const std::vector<std::string>& env = {});
+    ~GameProcess();
+    // The game's top-level X window, waiting for it to appear; 0 if it never does.
+    unsigned long window(double seconds = 20);
+    // What a window manager does when the player clicks the close button.
+    void closeWindow();
+    // Exit status, or -1 when it has not ended within the time (it is then killed).
+    int wait(double seconds = 20);
+    std::string output() const;
+    int pid() const { return pid_; }
+
+private:
+    void start();
+    std::string dir_;
+    std::vector<std::string> env_;
+    int pid_ = -1;
+    int status_ = -1;
+    int restarts_ = 0;
+    std::string out_;
+};
+
+// Runs a shell command and returns its standard output.
+std::string run(const std::string& command);
+
+// An alsoft.conf in dir sending all sound to dir/capture.wav; returns its path.
+std::string waveConf(const std::string& dir);
+
 }  // namespace bvtest
 
 #endif
