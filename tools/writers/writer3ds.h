@@ -42,13 +42,15 @@ struct Model {
     std::vector<Object> objects;
 
     // Extra chunks a real modeller writes and the game skips: a key-frame
-    // section of this many bytes (0 for none) and per-face smoothing groups.
+    // chunk of this many bytes in all, header included (0 for none; below its
+    // own header's size it is written empty), and per-face smoothing groups.
     uint32_t keyframeBytes = 64;
     bool smoothingGroups = true;
 
     // Index of the material called name, added with this colour if new.
     int material(const std::string& name, unsigned char r, unsigned char g, unsigned char b,
                  const std::string& texture = "");
+    // The new object; the reference lasts until the next object is added.
     Object& object(const std::string& name, int material = -1);
 };
 
