@@ -473,7 +473,7 @@ void s3DS::load(const char* modelpath, const char* texturepath) {
     std::string path = std::string(config.PATH) + modelpath;
     std::string text = std::string("Loading model f : ") + modelpath;
     config.disploaded(path.c_str());
-    bool textures = strcmp(texturepath, "NO_LOAD") != 0;
+    bool textures = texturepath && strcmp(texturepath, "NO_LOAD") != 0;
 
     if (!g_Load3ds.Import3DS(&g_3DModel, path.c_str())) {
         printf("NOT FOUND: %s\n", path.c_str());
