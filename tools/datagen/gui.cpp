@@ -98,8 +98,8 @@ void label(Canvas& c, float x, float y, const std::string& text, Align align = L
 
 // A socket for an arrow button centred at unit (ux, uy): 20 x 26 pixels.
 void arrowSocket(Canvas& c, float ux, float uy) {
-    c.circle(sx(ux), sy(uy), 14, rgb(0x05080f, 0.75f));
-    c.ring(sx(ux), sy(uy), 14, 1.5f, rgb(0x7d8fc4, 0.6f));
+    c.circle(sx(ux), sy(uy), 13, rgb(0x05080f, 0.75f));
+    c.ring(sx(ux), sy(uy), 13, 1.5f, rgb(0x7d8fc4, 0.6f));
 }
 
 bvw::RGBA8Image makeMain() {
@@ -130,12 +130,12 @@ bvw::RGBA8Image makeMain() {
     field(c, sx(0.75f) - 0.1375f * W, sy(0.722f) - 0.02f * H, sx(0.75f) + 0.1375f * W, sy(0.722f) + 0.02f * H);
     // Difficulty: arrows at 0.69 and 0.875, the text centred at 0.77.
     label(c, 512, 271, "Difficulty");
-    field(c, sx(0.69f) + 17, sy(0.6565f) - 15, sx(0.875f) - 17, sy(0.6565f) + 15);
+    field(c, sx(0.69f) + 14, sy(0.6565f) - 15, sx(0.875f) - 14, sy(0.6565f) + 15);
     arrowSocket(c, 0.69f, 0.6565f);
     arrowSocket(c, 0.875f, 0.6565f);
     // Opponents: arrows at 0.7225 and 0.8025, the number centred at 0.75.
     label(c, 512, 320, "Opponents");
-    field(c, sx(0.7225f) + 17, sy(0.5925f) - 15, sx(0.8025f) - 17, sy(0.5925f) + 15);
+    field(c, sx(0.7225f) + 14, sy(0.5925f) - 15, sx(0.8025f) - 14, sy(0.5925f) + 15);
     arrowSocket(c, 0.7225f, 0.5925f);
     arrowSocket(c, 0.8025f, 0.5925f);
 
@@ -153,10 +153,10 @@ bvw::RGBA8Image makeMain() {
     label(c, sx(0.601f), 372, "Kart", CENTER);
     label(c, sx(0.824f), 372, "Track", CENTER);
     // Colour and track selectors under the previews.
-    field(c, sx(0.515f) + 17, sy(0.280292f) - 13, sx(0.688f) - 17, sy(0.280292f) + 13);
+    field(c, sx(0.515f) + 14, sy(0.280292f) - 13, sx(0.688f) - 14, sy(0.280292f) + 13);
     arrowSocket(c, 0.515f, 0.280292f);
     arrowSocket(c, 0.688f, 0.280292f);
-    field(c, sx(0.737f) + 17, sy(0.280292f) - 13, sx(0.9105f) - 17, sy(0.280292f) + 13);
+    field(c, sx(0.737f) + 14, sy(0.280292f) - 13, sx(0.9105f) - 14, sy(0.280292f) + 13);
     arrowSocket(c, 0.737f, 0.280292f);
     arrowSocket(c, 0.9105f, 0.280292f);
     label(c, sx(0.601f), 590, "colour", CENTER, 14);
