@@ -3,7 +3,6 @@
 #include "datagen/content.h"
 
 namespace gen {
-void trackPictures(std::vector<Picture>&) {}
 void kartPictures(std::vector<Picture>&) {}
 void modelPictures(std::vector<Picture>&) {}
 void adPictures(std::vector<Picture>&) {}

@@ -70,4 +70,26 @@ float cellular(float x, float y, int period, std::uint32_t seed, std::uint32_t* 
     return best;
 }
 
+float cellEdge(float x, float y, int period, std::uint32_t seed) {
+    int ix = (int)std::floor(x), iy = (int)std::floor(y);
+    float f1 = 1e9f, f2 = 1e9f;
+    float p1x = 0, p1y = 0, p2x = 0, p2y = 0;
+    for (int dy = -2; dy <= 2; dy++)
+        for (int dx = -2; dx <= 2; dx++) {
+            int cx = wrap(ix + dx, period), cy = wrap(iy + dy, period);
+            float px = ix + dx + hash01(cx, cy, seed), py = iy + dy + hash01(cx, cy, seed + 17u);
+            float d = std::hypot(px - x, py - y);
+            if (d < f1) {
+                f2 = f1; p2x = p1x; p2y = p1y;
+                f1 = d; p1x = px; p1y = py;
+            } else if (d < f2) {
+                f2 = d; p2x = px; p2y = py;
+            }
+        }
+    // Distance to the bisector of the two nearest points.
+    float mx = (p1x + p2x) / 2, my = (p1y + p2y) / 2, nx = p2x - p1x, ny = p2y - p1y;
+    float len = std::hypot(nx, ny);
+    return len > 0 ? std::fabs((x - mx) * nx + (y - my) * ny) / len : 0;
+}
+
 }  // namespace gen

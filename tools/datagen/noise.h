@@ -33,6 +33,8 @@ float valueNoise(float x, float y, int period, std::uint32_t seed);
 float fbm(float x, float y, int octaves, int period, std::uint32_t seed, float gain = 0.5f);
 // Distance to the nearest of a repeating grid of jittered points (cellular noise), and the cell id.
 float cellular(float x, float y, int period, std::uint32_t seed, std::uint32_t* id = nullptr);
+// Distance from the border between the two nearest cells (0 on the border).
+float cellEdge(float x, float y, int period, std::uint32_t seed);
 
 }  // namespace gen
 
