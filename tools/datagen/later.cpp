@@ -3,9 +3,6 @@
 #include "datagen/content.h"
 
 namespace gen {
-void kartPictures(std::vector<Picture>&) {}
-void modelPictures(std::vector<Picture>&) {}
-void adPictures(std::vector<Picture>&) {}
 void soundFiles(std::vector<SoundFile>&) {}
 void musicFiles(std::vector<SoundFile>&) {}
 }  // namespace gen
