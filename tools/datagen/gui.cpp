@@ -41,7 +41,7 @@ bvw::RGBA8Image makeSplash() {
     drawFancyText(c, SANS_BOLD, 34, W / 2.0f, 392, "K A R T   R A C I N G", rgb(0xffffff), rgb(0xd8e4ff), rgb(0x101830),
                   3, CENTER, 1, 0, 4, 2);
     // The loading bar's slot (segments span x 424..577, y 645..656).
-    c.box(410, 634, 590, 668, {0.02f, 0.03f, 0.06f, 0.72f}, 9);
+    c.box(410, 634, 590, 668, {0.02f, 0.03f, 0.06f, 0.94f}, 9);
     c.frame(410, 634, 590, 668, 1.5f, {1, 0.85f, 0.6f, 0.55f}, 9);
     drawText(c, SANS_BOLD, 15, W / 2.0f, 624, "LOADING", {1, 1, 1, 0.85f}, CENTER, 1, 3);
     return stored(c);

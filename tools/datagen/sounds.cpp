@@ -35,10 +35,11 @@ std::vector<float> engine() {
         int start = k * kEnginePeriod;
         for (int j = 0; j < 2 * kEnginePeriod; j++) {
             float t = (float)j / R;
-            float s = std::exp(-t * 90) * std::sin(kTau * 61.25f * t) * 0.9f       // the body's thump
-                      + std::exp(-t * 160) * std::sin(kTau * 183.75f * t + 0.6f) * 0.7f  // exhaust pipe
-                      + std::exp(-t * 420) * std::sin(kTau * 490 * t + 1.1f) * 0.45f    // rattle
-                      + std::exp(-t * 600) * std::sin(kTau * 1225 * t) * 0.2f;
+            float attack = 1 - std::exp(-t * 2500);  // no step at the firing, which would click
+            float s = attack * std::exp(-t * 90) * std::sin(kTau * 61.25f * t) * 0.9f       // the body's thump
+                      + attack * std::exp(-t * 160) * std::sin(kTau * 183.75f * t + 0.6f) * 0.7f  // exhaust pipe
+                      + attack * std::exp(-t * 420) * std::sin(kTau * 490 * t + 1.1f) * 0.45f    // rattle
+                      + attack * std::exp(-t * 600) * std::sin(kTau * 1225 * t) * 0.2f;
             v[(start + j) % n] += strength * s;
         }
     }
