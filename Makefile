@@ -1,9 +1,11 @@
 # The two commands a player or a developer needs: `make run` and `make test`.
 # Both install what is missing, build, and prepare build/game/ (the binary beside its Data/).
+# Xvfb runs with -noreset: otherwise it resets whenever its last client leaves, and a
+# test that opens its window at that moment in a parallel run cannot connect.
 
 BUILD   ?= build
 JOBS    ?= $(shell nproc)
-XVFB    := xvfb-run -a -s "-screen 0 1024x768x24"
+XVFB    := xvfb-run -a -s "-screen 0 1024x768x24 -noreset"
 
 .PHONY: all run test setup deps configure build clean
 
