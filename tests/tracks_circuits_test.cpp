@@ -197,21 +197,34 @@ TEST(TracksCircuits, GeneratingTwiceWritesTheSameFiles) {
 
 namespace {
 
-const char* kSmall = R"(
-ground 2
+const char* kSmall = R"(ground 2
 fog 5
 point 27.25 -3.5 7
 point 27.25 -15.5 7
-arc 19.25 -15.5 8 0 -90 7
-point -19.25 -23.5 7
-arc -19.25 -15.5 8 -90 -180 7
+point 27.25 -19.5 7
+arc 19.25 -19.5 8 0 -90 7
+point 14 -27.5 7
+point -14 -27.5 7
+point -19.25 -27.5 7
+arc -19.25 -19.5 8 -90 -180 7
+point -27.25 -10 7
+point -27.25 11 7
 point -27.25 16.5 7
-arc -21.25 22.5 6 180 90 7
-point 21.25 28.5 7
-arc 21.25 22.5 6 90 0 7
+arc -21.25 22.5 6 180 90 6.5
+point -16 28.5 6.5
+point 16 28.5 6.5
+point 21.25 28.5 6.5
+arc 21.25 22.5 6 90 0 6.5
 point 27.25 4.5 7
 point 27.25 0.5 7
 )";
+
+// The source line number of a statement added after kSmall.
+std::string nextLine() {
+    int lines = 1;
+    for (const char* c = kSmall; *c; c++) lines += *c == '\n';
+    return "line " + std::to_string(lines) + ": ";
+}
 
 }  // namespace
 
@@ -223,10 +236,10 @@ TEST(TracksCircuits, ControlPointsBecomePairsAndLongSpansAreDivided) {
     trackcheck::Track t = parsed(build.fileText);
     // The first control point is pair 0, at file (446, 228) and (502, 228).
     EXPECT_TRUE(build.fileText.find("2 0\n5\nLR 446 228 502 228\n") == 0) << build.fileText.substr(0, 60);
-    // The 12-unit span from z -3.5 to -15.5 gets three 4-unit gaps.
-    EXPECT_NEAR(t.left[1].z, -7.5f, 0.02f);
-    EXPECT_NEAR(t.left[2].z, -11.5f, 0.02f);
-    EXPECT_NEAR(t.left[3].z, -15.5f, 0.02f);
+    // The straight 12-unit span from z -3.5 to -15.5 gets three 4-unit gaps.
+    EXPECT_NEAR(t.left[1].z, -7.5f, 0.05f);
+    EXPECT_NEAR(t.left[2].z, -11.5f, 0.05f);
+    EXPECT_NEAR(t.left[3].z, -15.5f, 0.05f);
     // No gap between pairs is longer than 4 units along the middle.
     for (size_t i = 0; i < t.left.size(); i++) {
         size_t j = (i + 1) % t.left.size();
@@ -240,13 +253,13 @@ TEST(TracksCircuits, SourceMistakesAreNamed) {
     TrackBuild build;
     std::string error;
     EXPECT_FALSE(buildTrack(std::string(kSmall) + "object barrel 0 left -3.5\n", "Small", &build, &error));
-    EXPECT_EQ(error, "line 14: the barrel stands on the road or against the barrier");
+    EXPECT_EQ(error, nextLine() + "the barrel stands on the road or against the barrier");
     EXPECT_FALSE(buildTrack(std::string(kSmall) + "object crane 0 left 2\n", "Small", &build, &error));
-    EXPECT_EQ(error, "line 14: unknown object type crane");
+    EXPECT_EQ(error, nextLine() + "unknown object type crane");
     EXPECT_FALSE(buildTrack(std::string(kSmall) + "object sign1 nowhere left 2\n", "Small", &build, &error));
-    EXPECT_EQ(error, "line 14: unknown place nowhere");
+    EXPECT_EQ(error, nextLine() + "unknown place nowhere");
     EXPECT_FALSE(buildTrack(std::string(kSmall) + "wiggle 3\n", "Small", &build, &error));
-    EXPECT_EQ(error, "line 14: unknown statement wiggle");
+    EXPECT_EQ(error, nextLine() + "unknown statement wiggle");
     EXPECT_FALSE(buildTrack(kSmall, "ab", &build, &error));
     EXPECT_EQ(error, "the name \"ab\" is not three to 31 letters, digits, - or _");
     EXPECT_FALSE(buildTrack("ground 5\nfog 1\n", "Small", &build, &error));

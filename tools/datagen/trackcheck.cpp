@@ -440,8 +440,8 @@ std::vector<std::string> validateTrack(const std::string& text, const std::vecto
     // Pair 0 sits just past the finish line, across the start straight.
     const Point& L0 = t.left[0];
     const Point& R0 = t.right[0];
-    if (!(L0.x < kFinishX && kFinishX < R0.x && L0.z <= kFinishZ && R0.z <= kFinishZ && L0.z >= kFinishZ - 6 &&
-          R0.z >= kFinishZ - 6))
+    if (!(L0.x < kFinishX && kFinishX < R0.x && L0.z <= kFinishZ && R0.z <= kFinishZ && L0.z >= kFinishZ - 8 &&
+          R0.z >= kFinishZ - 8))
         problems.push_back(format("pair 0 %s-%s is not across the start straight just past the finish line at z %.1f",
                                   where(L0).c_str(), where(R0).c_str(), kFinishZ));
 

@@ -26,6 +26,7 @@ namespace {
 const double kScale = 0.125;         // world units per file unit
 const double kMaxSpacing = 4.0;      // longest gap between pairs
 const double kMaxTurn = 20.0;        // most a span between pairs may turn, degrees
+const double kMinBarrierGap = 1.1;   // shortest barrier segment a subdivision may make
 const int kDenseSteps = 64;          // spline evaluation steps per span
 const double kPi = 3.14159265358979;
 
@@ -125,6 +126,21 @@ public:
         u = u * u * (3 - 2 * u);
         double w0 = controls_[i].width, w1 = controls_[(i + 1) % controls_.size()].width;
         return w0 + (w1 - w0) * u;
+    }
+
+    // Length of the shorter of the two barriers over [s0, s1].
+    double innerLength(double s0, double s1) const {
+        double left = 0, right = 0;
+        const int steps = 32;
+        V2 pl, pr;
+        for (int k = 0; k <= steps; k++) {
+            double s = s0 + (s1 - s0) * k / steps;
+            V2 c = position(s), l = leftward(s) * (width(s) / 2);
+            V2 nl = c + l, nr = c - l;
+            if (k > 0) left += length(nl - pl), right += length(nr - pr);
+            pl = nl, pr = nr;
+        }
+        return std::min(left, right);
     }
 
     // How far the direction of travel turns over [s0, s1], degrees.
@@ -358,6 +374,11 @@ bool buildTrack(const std::string& sourceText, const std::string& fallbackName, 
         double s0 = centre.spanStart(i), len = centre.spanLength(i);
         int k = std::max({1, (int)std::ceil(len / kMaxSpacing - 1e-6),
                           (int)std::ceil(centre.turn(s0, s0 + len) / kMaxTurn - 1e-6)});
+        // Round a tight corner the inner barrier is much shorter than the
+        // middle of the road. Points crowded there would each be the nearest
+        // to a kart for less than a frame's travel, and the kart would miss
+        // them: the corner is drawn a little coarser instead.
+        k = std::max(1, std::min(k, (int)std::floor(centre.innerLength(s0, s0 + len) / kMinBarrierGap)));
         for (int j = 0; j < k; j++) stations.push_back(s0 + len * j / k);
     }
 
