@@ -375,3 +375,10 @@ TEST(TracksValidator, RejectsTooManyPairsForTheEightBitCheckpoint) {
     EXPECT_TRUE(mentions(problems, "300 point pairs: a kart's checkpoint counts only to 255")) << all(problems);
     EXPECT_TRUE(mentions(problems, "on the 0.50 line 0 of 3 laps are counted")) << all(problems);
 }
+
+TEST(TracksValidator, RejectsThingsStandingInEachOther) {
+    std::string text = ovalFile() + "O 0 300 300\nO 3 300 303\n";
+    std::vector<std::string> problems = validateTrack(text, kAds);
+    EXPECT_TRUE(mentions(problems, "object 2 (barrel) and object 3 (barrel2) stand in each other at (5.50, 5.50)"))
+        << all(problems);
+}

@@ -29,6 +29,8 @@ const float kMaxOffCentre = 4.0f;
 // Every part of the road has a TV camera within this distance, so that the
 // trackside view never films from across the map.
 const float kMaxCameraDistance = 24.0f;
+// Closest two roadside things may stand, middle to middle.
+const float kMinSpacing = 0.9f;
 
 std::string format(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 std::string format(const char* fmt, ...) {
@@ -531,6 +533,18 @@ std::vector<std::string> validateTrack(const std::string& text, const std::vecto
         else if (distanceToBarriers(t, c) < objectRoom(-1))
             problems.push_back(format("TV camera %zu at %s stands against the barrier", i, where(c).c_str()));
     }
+    // Nothing stands inside anything else: the scenery and the camera stands
+    // keep a little space between them.
+    std::vector<std::pair<Point, std::string>> things;
+    for (size_t i = 0; i < t.objects.size(); i++)
+        things.push_back({t.objects[i].at, format("object %zu (%s)", i, objectTypeName(t.objects[i].type))});
+    for (size_t i = 0; i < t.cameras.size(); i++) things.push_back({t.cameras[i], format("TV camera %zu", i)});
+    for (size_t i = 0; i < things.size(); i++)
+        for (size_t j = i + 1; j < things.size(); j++)
+            if (std::hypot(things[i].first.x - things[j].first.x, things[i].first.z - things[j].first.z) < kMinSpacing)
+                problems.push_back(format("%s and %s stand in each other at %s", things[i].second.c_str(),
+                                          things[j].second.c_str(), where(things[i].first).c_str()));
+
     for (unsigned i = 0; i < n && !t.cameras.empty(); i++) {
         Point mid{(t.left[i].x + t.right[i].x) / 2, (t.left[i].z + t.right[i].z) / 2};
         double best = 1e9;

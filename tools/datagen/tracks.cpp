@@ -421,6 +421,7 @@ bool buildTrack(const std::string& sourceText, const std::string& fallbackName, 
         if (type < 0) {
             cameras << "C " << fileValue(p.x) << " " << fileValue(p.z) << "\n";
             nCameras++;
+            placed.push_back({snap(p), type});
         } else {
             objects << "O " << type << " " << fileValue(p.x) << " " << fileValue(p.z) << "\n";
             nObjects++;
