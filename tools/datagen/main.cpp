@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "datagen/content.h"
+#include "datagen/tracks.h"
 
 namespace fs = std::filesystem;
 
@@ -23,7 +24,7 @@ int main(int argc, char** argv) {
     const fs::path data = argv[1], source = argv[2];
     auto start = std::chrono::steady_clock::now();
     std::error_code ec;
-    for (const char* d : {"Screenshots", "Highscore", "Ghosts", "Ads", "Fonts", "GUI", "Textures", "Sounds"}) {
+    for (const char* d : {"Screenshots", "Highscore", "Ghosts", "Ads", "Fonts", "GUI", "Textures", "Sounds", "Tracks", "Models"}) {
         fs::create_directories(data / d, ec);
         if (ec) {
             fprintf(stderr, "datagen: cannot create %s: %s\n", (data / d).c_str(), ec.message().c_str());
@@ -45,6 +46,11 @@ int main(int argc, char** argv) {
             fprintf(stderr, "datagen: cannot write %s\n", file.c_str());
             failures++;
         }
+    }
+    std::string error;
+    if (!generateTracks(data.string(), source.string(), &error)) {
+        fprintf(stderr, "datagen: %s\n", error.c_str());
+        failures++;
     }
     fs::copy_file(source / "config.bvd", data / "config.bvd", fs::copy_options::overwrite_existing, ec);
     if (ec) {

@@ -1,0 +1,80 @@
+#ifndef BV_DATAGEN_TRACKCHECK_H
+#define BV_DATAGEN_TRACKCHECK_H
+
+// The track validator: reads a track file the way the game reads it (with its
+// own parser, so that it checks the file and not our generator's intentions)
+// and drives the checkpoint and lap rules over it to prove that a race on it
+// works: the grid is on the road, the barriers are sane, nothing stands on
+// the road, and every lap driven is a lap counted.
+
+#include <string>
+#include <vector>
+
+namespace trackcheck {
+
+// Fixed facts of the game that a track has to fit.
+const float kTrackScale = 0.125f;      // world units per file unit
+const float kChasisWidth = 1.24f;
+const float kChasisFront = 1.364f;
+const float kTopSpeed = 25.0f;         // units per second
+const float kFinishX = 218 * kTrackScale;  // the finish gantry stands at (27.25, 2.5)
+const float kFinishZ = 2.5f;
+const int kGridKarts = 7;              // every kart is put on the grid, racing or not
+const int kMaxPairs = 255;             // the kart's checkpoint is 8-bit
+const int kObjectTypes = 12;
+
+struct Point {
+    float x = 0, z = 0;
+};
+
+struct Object {
+    int type = 0;
+    Point at;
+};
+
+// A track file as the game holds it after loading: world coordinates, the
+// barrier lines with neighbouring equal coordinates already separated.
+struct Track {
+    int dirt = -1, road = -1, fog = -1;
+    std::vector<Point> left, right, cameras;
+    std::vector<Object> objects;
+    // Raw file values, for the range checks.
+    std::vector<int> fileValues;
+};
+
+// Reads the text as the game's loader does: three numbers, then records
+// "LR lx lz rx rz", "C x z" and "O type x z"; any other word is skipped on
+// its own. Problems (a missing header, a malformed number) are appended to
+// `problems`; returns false when the file cannot be read as a track at all.
+bool parseTrack(const std::string& text, Track* track, std::vector<std::string>* problems);
+
+// Name of a roadside object type, as used in messages and in our sources;
+// "unknown" outside 0..11.
+const char* objectTypeName(int type);
+// Type number of a name, or -1.
+int objectTypeByName(const std::string& name);
+// Distance an object of this type keeps from the barrier lines, so that no
+// part of it reaches into the barrier or over the road; -1 for a TV camera stand.
+float objectRoom(int type);
+
+// How a kart following one lateral line at top speed fares with the lap rule.
+struct LineRun {
+    int lapsDriven = 0;
+    int lapsCounted = 0;
+    std::vector<std::string> skips;  // one message per skipped pair
+    bool lapCounted = false;          // where the first lap of a driving lap was counted
+    Point lapCountedAt;
+};
+// Drives `laps` laps on the line `placement` (0 the left barrier, 1 the right)
+// at top speed and 30 frames per second, with the checkpoint rule and the lap
+// latch exactly as the kart applies them.
+LineRun driveLine(const Track& track, float placement, int laps);
+
+}  // namespace trackcheck
+
+// Every problem found in a track file, each a sentence naming the problem and
+// where it is; empty when the track is fit to race on. `adPictures` are the
+// names of the pictures in Data/Ads, which the advertising boards draw.
+std::vector<std::string> validateTrack(const std::string& trackFileText, const std::vector<std::string>& adPictures);
+
+#endif
