@@ -44,6 +44,10 @@ struct Box {
     }
 };
 
+inline float length3(Vec a, Vec b) {
+    return std::sqrt((a.x - b.x) * (a.x - b.x) + (a.y - b.y) * (a.y - b.y) + (a.z - b.z) * (a.z - b.z));
+}
+
 // A column-major GL matrix applied to a point.
 inline Vec apply(const float* m, Vec p) {
     return {m[0] * p.x + m[4] * p.y + m[8] * p.z + m[12], m[1] * p.x + m[5] * p.y + m[9] * p.z + m[13],
