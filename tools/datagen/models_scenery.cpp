@@ -338,8 +338,9 @@ writer3ds::Model scenery(const std::string& name) {
 }
 
 // The sky: a dome of radius 200 about the origin, well inside the far plane
-// (300) from anywhere on the track, with a skirt below the horizon so that
-// no gap shows under it. Its faces look inwards. The picture wraps once round
+// (300) from anywhere on the track, closed below the horizon by a skirt and a
+// floor 40 down, so that no gap shows past the edge of the ground. Its faces
+// look inwards. The picture wraps once round
 // the horizon; its bottom row (v = 0) is the horizon, which should be the fog
 // colour, and its top row the zenith. The skirt keeps the horizon row.
 writer3ds::Model skyDome() {
@@ -354,7 +355,8 @@ writer3ds::Model skyDome() {
         float e = (float)(M_PI / 2) * i / rings;
         p.push_back({R * std::cos(e), R * std::sin(e), (float)i / rings, false});
     }
-    p.push_back({R, -40.0f, 0, false});
+    p.push_back({R, -40.0f, 0, true});
+    p.push_back({0, -40.0f, 0, false});
     lathe(m, p, 32, 1, -90);
     return b.finish();
 }
