@@ -95,8 +95,7 @@ inline void writeModelsAndPictures() {
     if (!generateModels("Data", &error)) throw std::runtime_error(error);
 }
 
-// The kart part of that name and level as the kart data loads it: the LO
-// level with its own pictures, ME and HI borrowing them.
+// Where the game looks for the model of that name.
 inline std::string modelPath(const std::string& name) { return "Data/Models/" + name + ".3DS"; }
 
 }  // namespace kartmodels
