@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "datagen/content.h"
+#include "datagen/models.h"
 #include "datagen/tracks.h"
 
 namespace fs = std::filesystem;
@@ -48,6 +49,10 @@ int main(int argc, char** argv) {
         }
     }
     std::string error;
+    if (!generateModels(data.string(), &error)) {
+        fprintf(stderr, "datagen: %s\n", error.c_str());
+        failures++;
+    }
     if (!generateTracks(data.string(), source.string(), &error)) {
         fprintf(stderr, "datagen: %s\n", error.c_str());
         failures++;

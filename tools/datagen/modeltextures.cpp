@@ -168,18 +168,27 @@ bvw::RGBA8Image tribune() {
     return c.toRGBA8();
 }
 
-bvw::RGBA8Image barrel() {
-    // An oil drum's side: u round the drum, v up it.
+// A drum's side: u round the drum, v up it. The steel drum rusts, the
+// plastic one only fades.
+bvw::RGBA8Image drum(unsigned body, unsigned hoop, float rusty, unsigned seed) {
     const int w = 128, h = 256;
     Canvas c(w, h);
     c.fillWith([&](float x, float y) {
         float round = 0.75f + 0.25f * std::cos(x / w * TAU);
-        Color col = y < 40 || y > 216 ? rgb(0xf0f0f0) : rgb(0x1e6ab4);
-        if (std::fabs(y - 86) < 4 || std::fabs(y - 170) < 4) col = rgb(0x184e86);
-        float rust = smooth(0.62f, 0.75f, fbm(x / 20, y / 20, 4, 0, 1500));
-        return scaled(mix(col, rgb(0x7a4a2a), 0.7f * rust), round);
+        Color col = y < 40 || y > 216 ? rgb(0xf0f0f0) : rgb(body);
+        if (std::fabs(y - 86) < 4 || std::fabs(y - 170) < 4) col = rgb(hoop);
+        float rust = smooth(0.62f, 0.75f, fbm(x / 20, y / 20, 4, 0, seed));
+        return scaled(mix(col, rgb(0x7a4a2a), rusty * rust), round);
     });
     return c.toRGBA8();
+}
+
+bvw::RGBA8Image barrel() {
+    return drum(0xb42a1e, 0x862018, 0.7f, 1500);
+}
+
+bvw::RGBA8Image barrel2() {
+    return drum(0x1e6ab4, 0x184e86, 0.15f, 1510);
 }
 
 bvw::RGBA8Image container() {
@@ -228,6 +237,35 @@ bvw::RGBA8Image sign(int kind) {
     return c.toRGBA8();
 }
 
+// The faces of the four sign models share one picture, a quarter each:
+// chevrons left and right on top, a tall distance board and a round speed
+// sign below.
+bvw::RGBA8Image signs() {
+    // The canvas counts rows from the picture's bottom edge up.
+    const int n = 256, q = 128;
+    Canvas c(n, n, rgb(0x6a6a6a));
+    for (int k = 0; k < 2; k++) {
+        float x0 = k * q, y0 = q;
+        c.box(x0 + 4, y0 + 4, x0 + q - 4, y0 + q - 4, rgb(0xf4f4f0), 6);
+        c.frame(x0 + 4, y0 + 4, x0 + q - 4, y0 + q - 4, 6, rgb(0xd02a1a), 6);
+        for (int i = 0; i < 2; i++) {
+            float x = x0 + 40 + i * 38;
+            std::vector<float> chev = {x, y0 + 24, x + 24, y0 + 64, x, y0 + 104, x - 14, y0 + 104, x + 10, y0 + 64,
+                                       x - 14, y0 + 24};
+            if (k == 0)
+                for (size_t j = 0; j < chev.size(); j += 2) chev[j] = 2 * x0 + q - chev[j];
+            c.polygon(chev, rgb(0x1a1a1a));
+        }
+    }
+    c.box(28, 4, q - 28, q - 4, rgb(0xf4f4f0), 4);
+    c.frame(28, 4, q - 28, q - 4, 5, rgb(0x1a1a1a), 4);
+    for (int bar = 0; bar < 3; bar++) c.box(40, 20 + bar * 34.0f, q - 40, 40 + bar * 34.0f, rgb(0xd02a1a));
+    c.circle(q + 64, 64, 58, rgb(0xf4f4f0));
+    c.ring(q + 64, 64, 58, 12, rgb(0xd02a1a));
+    drawText(c, SANS_BOLD, 48, q + 64.0f, 82.0f, "30", rgb(0x1a1a1a), CENTER);
+    return c.toRGBA8();
+}
+
 }  // namespace
 
 void modelPictures(std::vector<Picture>& out) {
@@ -241,6 +279,8 @@ void modelPictures(std::vector<Picture>& out) {
     out.push_back({"Textures/Stone.tga", 24, false, stone});
     out.push_back({"Textures/Tribune.tga", 24, true, tribune});
     out.push_back({"Textures/Barrel.tga", 24, false, barrel});
+    out.push_back({"Textures/Barrel2.tga", 24, false, barrel2});
+    out.push_back({"Textures/Signs.tga", 24, true, signs});
     out.push_back({"Textures/Container.tga", 24, false, container});
     out.push_back({"Textures/Concrete.tga", 24, false, concrete});
     for (int i = 0; i < 4; i++)
