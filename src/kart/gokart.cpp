@@ -413,18 +413,16 @@ void sGokart::move() {
         if (ups < s.topspeed) ups += (s.acceleration / 45 * pedal_up / fps) / (fabsf(ups) / 2.5f + 1);
         if (pedal_up < 45) pedal_up += 180 / fps;
     } else if (kDOWN) {
+        // Two separate tests: a brake that would carry the speed below 0
+        // is taken back at once, so braking never turns into reversing.
         float brake = s.decceleration / 45 * pedal_down / fps;
-        if (ups > 0)
-            ups -= brake;
-        else if (ups < 0)
-            ups += brake;
+        if (ups > 0) ups -= brake;
+        if (ups < 0) ups += brake;
         if (pedal_down < 45) pedal_down += 180 / fps;
     }
 
-    if (ups > 0)
-        ups -= s.resistance / fps;
-    else if (ups < 0)
-        ups += s.resistance / fps;
+    if (ups > 0) ups -= s.resistance / fps;
+    if (ups < 0) ups += s.resistance / fps;
     if (!kUP && fabsf(ups) < 1.5f * s.resistance / fps) ups = 0;
     if (!kUP && pedal_up > 0) pedal_up -= 180 / fps;
     if (!kDOWN && pedal_down > 0) pedal_down -= 180 / fps;
