@@ -180,3 +180,23 @@ TEST_F(KartSound, BarrierAndRearHitsPlayTheCollision) {
     EXPECT_FALSE(FSOUND_IsPlaying(k.CHANNEL_collission));
     FSOUND_Close();
 }
+
+TEST_F(KartSound, EngineIsPannedToTheKartsSide) {
+    bvtest::writeTone("Data/Sounds/Engine.wav", 200, 0.5);
+    ASSERT_NO_FATAL_FAILURE(begin());
+    // The eye looks along -z; the kart stands 5 units to its right (+x), a
+    // hair nearer the eye's back so that the pan works out at full right.
+    placeCamera(0, -0.01f);
+    placeCamera(0, -0.01f);
+    gokart[0].px = 5;
+    gokart[0].pz = 0;
+    double from = now();
+    while (frames < 40) realFrame();
+    double to = now();
+    Captured c = finish();
+    ASSERT_GT(c.rate, 0);
+    double left = bvtest::rms(c.frames, c.channels, 0, c.rate, from + 0.2, to);
+    double right = bvtest::rms(c.frames, c.channels, 1, c.rate, from + 0.2, to);
+    EXPECT_GT(right, 0.05);
+    EXPECT_LT(left, 0.1 * right);
+}
