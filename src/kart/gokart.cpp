@@ -96,9 +96,11 @@ unsigned int racingKarts() {
     return config.ngokarts < GOKART_NKARTS ? config.ngokarts : GOKART_NKARTS;
 }
 
-// Barrier points the track actually holds, whatever its count says.
+// Barrier points the track actually holds, whatever its count says; the
+// last slot is the closing copy of point 0.
 unsigned int trackPoints() {
-    return track.nLRpoints < TRACK_MAXPOINTS ? track.nLRpoints : TRACK_MAXPOINTS - 1;
+    const unsigned int room = sizeof track.Lpoint / sizeof track.Lpoint[0];
+    return track.nLRpoints < room ? track.nLRpoints : room - 1;
 }
 
 }  // namespace
