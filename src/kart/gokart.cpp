@@ -1,0 +1,626 @@
+#include "kart/gokart.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "assets/texture.h"
+#include "scene/camera.h"
+#include "shell/blackbox.h"
+#include "shell/bvconfig.h"
+#include "shell/joystick.h"
+#include "shell/mouse.h"
+#include "shell/performance.h"
+#include "track/track.h"
+
+sGokartStaticData gokartstaticdata;
+sGokart gokart[GOKART_NKARTS];
+
+namespace {
+
+const double DEG = 57.29577951;  // degrees per radian
+const double TWOPI = 6.283185307;
+
+// The eleven body parts, each at three levels of detail, in loading order.
+struct sPart {
+    const char* name;
+    s3DS sGokartStaticData::*lo;
+    s3DS sGokartStaticData::*me;
+    s3DS sGokartStaticData::*hi;
+};
+
+const sPart PARTS[11] = {
+    {"armd", &sGokartStaticData::LOarmd3DS, &sGokartStaticData::MEarmd3DS, &sGokartStaticData::HIarmd3DS},
+    {"armu", &sGokartStaticData::LOarmu3DS, &sGokartStaticData::MEarmu3DS, &sGokartStaticData::HIarmu3DS},
+    {"body", &sGokartStaticData::LObody3DS, &sGokartStaticData::MEbody3DS, &sGokartStaticData::HIbody3DS},
+    {"chasis", &sGokartStaticData::LOchasis3DS, &sGokartStaticData::MEchasis3DS, &sGokartStaticData::HIchasis3DS},
+    {"foot", &sGokartStaticData::LOfoot3DS, &sGokartStaticData::MEfoot3DS, &sGokartStaticData::HIfoot3DS},
+    {"frontwheel", &sGokartStaticData::LOfrontwheel3DS, &sGokartStaticData::MEfrontwheel3DS,
+     &sGokartStaticData::HIfrontwheel3DS},
+    {"head", &sGokartStaticData::LOhead3DS, &sGokartStaticData::MEhead3DS, &sGokartStaticData::HIhead3DS},
+    {"pedal", &sGokartStaticData::LOpedal3DS, &sGokartStaticData::MEpedal3DS, &sGokartStaticData::HIpedal3DS},
+    {"plastic", &sGokartStaticData::LOplastic3DS, &sGokartStaticData::MEplastic3DS,
+     &sGokartStaticData::HIplastic3DS},
+    {"rearwheel", &sGokartStaticData::LOrearwheel3DS, &sGokartStaticData::MErearwheel3DS,
+     &sGokartStaticData::HIrearwheel3DS},
+    {"steeringwheel", &sGokartStaticData::LOsteeringwheel3DS, &sGokartStaticData::MEsteeringwheel3DS,
+     &sGokartStaticData::HIsteeringwheel3DS},
+};
+
+struct sColor {
+    unsigned char r, g, b;
+    const char* name;
+};
+
+// The steps are 0, 64, 128, 196, 255: 196 is how the colours were chosen.
+const sColor PALETTE[GOKART_NCOLORS] = {
+    {255, 0, 0, "red"},         {255, 64, 0, "orange"},     {255, 128, 0, "orange"},  {255, 196, 0, "yellow"},
+    {255, 255, 0, "yellow"},    {196, 255, 0, "green"},     {128, 255, 0, "green"},   {64, 255, 0, "green"},
+    {0, 255, 0, "green"},       {0, 255, 64, "green"},      {0, 255, 128, "turquoise"}, {0, 255, 196, "turquoise"},
+    {0, 255, 255, "turquoise"}, {0, 196, 255, "blue"},      {0, 128, 255, "blue"},    {0, 64, 255, "blue"},
+    {0, 0, 255, "blue"},        {64, 0, 255, "purple"},     {128, 0, 255, "purple"},  {196, 0, 255, "purple"},
+    {255, 0, 255, "magenta"},   {255, 0, 196, "magenta"},   {255, 0, 128, "magenta"}, {255, 0, 64, "red"},
+};
+
+FSOUND_SAMPLE* loadSample(const char* name, unsigned int mode) {
+    std::string relative = std::string(name) + ".wav";
+    std::string message = "Loading soundeffects f : " + relative;
+    std::string path = std::string(config.PATH) + relative;
+    FSOUND_SAMPLE* sample = FSOUND_Sample_Load(FSOUND_FREE, path.c_str(), mode, 0);
+    blackbox.task(message.c_str(), sample != nullptr);
+    config.disploaded(message.c_str());
+    return sample;
+}
+
+// Brings an angle into [-180, 180] with as many turns as it takes.
+float wrap180(float a) {
+    while (a < -180) a += 360;
+    while (a > 180) a -= 360;
+    return a;
+}
+
+float distance(float x1, float y1, float z1, float x2, float y2, float z2) {
+    return sqrtf((x2 - x1) * (x2 - x1) + (y2 - y1) * (y2 - y1) + (z2 - z1) * (z2 - z1));
+}
+
+float distance2(float x1, float z1, float x2, float z2) {
+    return sqrtf((x2 - x1) * (x2 - x1) + (z2 - z1) * (z2 - z1));
+}
+
+int clampVolume(int v) {
+    return v < 0 ? 0 : (v > 255 ? 255 : v);
+}
+
+unsigned int racingKarts() {
+    return config.ngokarts < GOKART_NKARTS ? config.ngokarts : GOKART_NKARTS;
+}
+
+// Barrier points the track actually holds, whatever its count says; the
+// last slot is the closing copy of point 0.
+unsigned int trackPoints() {
+    const unsigned int room = sizeof track.Lpoint / sizeof track.Lpoint[0];
+    return track.nLRpoints < room ? track.nLRpoints : room - 1;
+}
+
+}  // namespace
+
+void sGokartStaticData::init() {
+    chasiswidth = 1.24f;
+    chasisfront = 1.364f;
+    chasisback = -0.154f;
+    wheeltrack = 0.375f;
+    wheelbase = 1.2f;
+    wheelwidth = 0.19f;
+    wheelradius = 0.11f;
+    frontwheelwidth = 0.11f;
+    wheelcircumference = (float)((double)wheelradius * 6.283185307);
+    wheelaxperturn = (float)((double)frontwheelwidth * 3.141592654 / (double)wheelcircumference * 360);
+    maxturn = 45.0f;
+    turn = 45.0f;
+    deturn = 90.0f;
+    topspeed = 25.0f;
+    acceleration = 20.0f;
+    decceleration = 22.0f;
+    resistance = 1.25f;
+    grip = 5.0f;
+    overarmslaengde = 0.3f;
+    underarmslaengde = 0.33f;
+
+    floadTextureTGA("Data/Textures/Hud.tga", &hudTexture);
+    floadTextureTGA("Data/Textures/Needle.tga", &needleTexture);
+    floadTextureTGA("Data/Textures/Shadowmap.tga", &shadowmapTexture);
+    floadTextureTGA("Data/Textures/Fwshadowmap.tga", &fwshadowmapTexture);
+    floadTextureTGA("Data/Textures/Skid.tga", &skidTexture);
+    floadTextureTGA("Data/Textures/Dheadtv.tga", &myfaceTexture);
+
+    // Each texture of the kart is loaded once, by the LO model; ME and HI draw with it.
+    for (const sPart& part : PARTS) {
+        std::string lo = std::string("Data/Models/LO") + part.name + ".3DS";
+        std::string me = std::string("Data/Models/ME") + part.name + ".3DS";
+        std::string hi = std::string("Data/Models/HI") + part.name + ".3DS";
+        s3DS& LO = this->*part.lo;
+        LO.load(lo.c_str(), "Data/Textures/");
+        LO.initlist(false, true);
+        (this->*part.me).load(me.c_str(), "NO_LOAD");
+        (this->*part.me).initlistExtTextures(false, true, &LO);
+        (this->*part.hi).load(hi.c_str(), "NO_LOAD");
+        (this->*part.hi).initlistExtTextures(false, true, &LO);
+    }
+    SLOgokart3DS.load("Data/Models/SLOgokart.3DS", "Data/Textures/");
+    SLOgokart3DS.initlist(false, false);
+
+    collission = loadSample("Data/Sounds/Collission", FSOUND_HW2D | FSOUND_8BITS | FSOUND_LOOP_OFF);
+    engine = loadSample("Data/Sounds/Engine", FSOUND_HW2D | FSOUND_8BITS | FSOUND_LOOP_NORMAL);
+    tire = loadSample("Data/Sounds/Tire", FSOUND_HW2D | FSOUND_8BITS | FSOUND_LOOP_NORMAL);
+
+    for (unsigned int i = 0; i < GOKART_NCOLORS; i++) {
+        palette[i][0] = PALETTE[i].r;
+        palette[i][1] = PALETTE[i].g;
+        palette[i][2] = PALETTE[i].b;
+        strncpy(paletteName[i], PALETTE[i].name, sizeof paletteName[i] - 1);
+        paletteName[i][sizeof paletteName[i] - 1] = 0;
+    }
+}
+
+void sGokartStaticData::free() {
+    // The needle texture and the plastic models stay: they go with the
+    // process, and the order of the other releases is kept as it was.
+    freeTexture(&hudTexture);
+    freeTexture(&shadowmapTexture);
+    freeTexture(&fwshadowmapTexture);
+    freeTexture(&skidTexture);
+    freeTexture(&myfaceTexture);
+    for (const sPart& part : PARTS) {
+        if (part.lo == &sGokartStaticData::LOplastic3DS) continue;
+        (this->*part.lo).free();
+        (this->*part.me).free();
+        (this->*part.hi).free();
+    }
+    SLOgokart3DS.free();
+    FSOUND_StopSound(FSOUND_ALL);
+    FSOUND_Sample_Free(collission);
+    FSOUND_Sample_Free(engine);
+    FSOUND_Sample_Free(tire);
+    collission = engine = tire = nullptr;
+}
+
+void sGokart::init(unsigned char id) {
+    const sGokartStaticData& s = gokartstaticdata;
+    ID = id;
+    aidriver = ID > config.nhumanplayers;
+
+    unsigned int colour = ID == 0 ? config.player1color : (unsigned int)(rand() % 24);
+    if (colour >= GOKART_NCOLORS) colour = 0;
+    R = s.palette[colour][0];
+    G = s.palette[colour][1];
+    B = s.palette[colour][2];
+
+    lap = 0;
+    checkpoint = (unsigned char)(track.nLRpoints - 2);
+    for (float& t : laptime) t = 0;
+    currentlaptime = -0.00123f;
+    lapstart = bvclock();
+    thislapcounted = false;
+
+    checkcol = true;
+    placementdelay = 0;
+    placement = 0.5f;
+    skill = config.aiskill;
+
+    newSlide = true;
+    DELAYslide = 0;
+    CURRENTslide = 0;
+    memset(lfSlide, 0, sizeof lfSlide);
+    memset(rfSlide, 0, sizeof rfSlide);
+    memset(lrSlide, 0, sizeof lrSlide);
+    memset(rrSlide, 0, sizeof rrSlide);
+
+    px = track.trackscale * 218.0f - s.chasiswidth + 2 * s.chasiswidth * (float)(ID % 2);
+    pz = 20.0f - 2 * (float)ID * s.chasisfront;
+
+    // slidediff keeps the last race's value: the first move() recomputes it.
+    ay = may = sw_ay = 0;
+    lfw_ax = rfw_ax = lfw_ay = rfw_ay = lrw_ax = rrw_ax = 0;
+    ups = pedal_up = pedal_down = 0;
+    head_ax = head_axs = head_viewax = 0;
+    opx = opz = ocosay = osinay = oaydiff = 0;
+
+    kLEFT = kRIGHT = kUP = kDOWN = false;
+    last_aimove = bvclock();
+
+    // The engine and tyre loops play silently from here on; move() gives them
+    // their volume. A restarted race keeps the channels that still play.
+    int* channels[3] = {&CHANNEL_collission, &CHANNEL_engine, &CHANNEL_tire};
+    FSOUND_SAMPLE* samples[3] = {s.collission, s.engine, s.tire};
+    for (int i = 0; i < 3; i++) {
+        if (!FSOUND_IsPlaying(*channels[i])) *channels[i] = FSOUND_PlaySound(FSOUND_FREE, samples[i]);
+        FSOUND_SetVolume(*channels[i], 0);
+    }
+    FSOUND_StopSound(CHANNEL_collission);
+}
+
+void sGokart::free() {}
+
+unsigned int sGokart::getcheckpoint() {
+    const sGokartStaticData& s = gokartstaticdata;
+    float step = ups / performance.fps;
+    float sa = (float)sin(ay / DEG), ca = (float)cos(ay / DEG);
+    sensor_x = px - sa * step - sa * s.chasisfront;
+    sensor_z = pz - ca * step - ca * s.chasisfront;
+
+    float best = 99.0f;
+    unsigned int result = 0;
+    unsigned int n = trackPoints();
+    for (unsigned int i = 0; i < n; i++) {
+        float d = distance2(track.Lpoint[i].x, track.Lpoint[i].z, sensor_x, sensor_z);
+        if (d < best) {
+            best = d;
+            result = i;
+        }
+        d = distance2(track.Rpoint[i].x, track.Rpoint[i].z, sensor_x, sensor_z);
+        if (d < best) {
+            best = d;
+            result = i;
+        }
+    }
+    return result;
+}
+
+void sGokart::colide() {
+    const sGokartStaticData& s = gokartstaticdata;
+    const float F = s.chasisfront, W = s.chasiswidth;
+    const float f[8] = {F + 0.03f, F + 0.03f, F - 0.1f, F / 2, -0.17f, -0.17f, F / 2, F - 0.1f};
+    const float nose = (W - 0.25f) / 2, side = (W + 0.025f) / 2;
+    const float r[8] = {-nose, nose, side, side, side, -side, -side, -side};
+    float sa = (float)sin(ay / DEG), ca = (float)cos(ay / DEG);
+    for (int i = 0; i < 8; i++) {
+        colx[i] = px - sa * f[i] + ca * r[i];
+        colz[i] = pz - ca * f[i] - sa * r[i];
+    }
+    for (bool& c : col) c = false;
+    for (int i = 0; i < 8; i++) {
+        int j = (i + 1) % 8;
+        colg = colgokart(colx[i], colz[i], colx[j], colz[j]);
+        if (colg != ID) {
+            col[i] = true;
+            break;
+        }
+    }
+}
+
+unsigned char sGokart::colgokart(float x1, float z1, float x2, float z2) {
+    float dx = x2 - x1;
+    if (dx == 0) dx = 0.000001f;
+    float m = (z2 - z1) / dx;
+    float xmin = x1 < x2 ? x1 : x2, xmax = x1 < x2 ? x2 : x1;
+    unsigned int n = racingKarts();
+    for (unsigned int j = 0; j < n; j++) {
+        if (j == ID) continue;
+        const sGokart& other = gokart[j];
+        for (int k = 0; k < 8; k++) {
+            int b = (k + 1) % 8;
+            float xa = other.colx[k], za = other.colz[k], xb = other.colx[b], zb = other.colz[b];
+            float dx2 = xb - xa;
+            if (dx2 == 0) dx2 = 0.000001f;
+            float m2 = (zb - za) / dx2;
+            if (m2 == m) continue;
+            float xi = ((za - m2 * xa) - (z1 - m * x1)) / (m - m2);
+            float lo = xa < xb ? xa : xb, hi = xa < xb ? xb : xa;
+            if (xi < lo || xi > hi) continue;
+            if (xi < xmin || xi > xmax) continue;
+            return (unsigned char)j;
+        }
+    }
+    return ID;
+}
+
+void sGokart::move() {
+    const sGokartStaticData& s = gokartstaticdata;
+    const float fps = performance.fps;
+    const float ups0 = ups;
+    const unsigned int n = trackPoints();
+
+    aidriver = ID >= config.nhumanplayers;
+
+    // Laps. The first pass over the line starts lap 1 and its timer; the
+    // frame after a lap was counted closes the time of the lap just driven.
+    if (lap != 0) currentlaptime = (float)(bvclock() - lapstart) / BV_CLOCKS_PER_SEC;
+    unsigned int c = getcheckpoint();
+    if (c == (unsigned int)checkpoint + 1) {
+        checkpoint = (unsigned char)c;
+    } else if (checkpoint != 0 || !thislapcounted) {
+        if (checkpoint >= track.nLRpoints - 1 && !thislapcounted) {
+            checkpoint = 0;
+            lap++;
+            thislapcounted = true;
+        }
+    } else {
+        thislapcounted = false;
+        lapstart = bvclock();
+        if (lap >= 2 && lap <= GOKART_NLAPTIMES) {
+            laptime[lap - 1] = currentlaptime;
+            // The lap records hear of the lap here once they exist.
+        }
+    }
+    if (!aidriver && n > 0) {
+        unsigned int next = (c + 1) % n;
+        float dL = distance2(track.Lpoint[c].x, track.Lpoint[c].z, px, pz) +
+                   distance2(track.Lpoint[next].x, track.Lpoint[next].z, px, pz);
+        float dR = distance2(track.Rpoint[c].x, track.Rpoint[c].z, px, pz) +
+                   distance2(track.Rpoint[next].x, track.Rpoint[next].z, px, pz);
+        if (dR > dL)
+            placement = 0.25f;
+        else if (dL > dR)
+            placement = 0.75f;
+        else
+            placement = 0.5f;
+    }
+
+    // Engine: quieter with distance from the eye, higher with speed, and
+    // shifted by how fast the kart closes on the eye.
+    float k = 0;
+    if (config.soundeffects) {
+        k = 1.0f + 0.125f * distance(px, 0, pz, camera.px, camera.py, camera.pz);
+        float b = camera.pz > pz ? 180.0f : 0.0f;
+        float q = camera.ay - (b + (float)(DEG * atan((px - camera.px) / (pz - camera.pz))));
+        int pan = (int)(128 - 128 * sin(q / DEG));
+        float aheadx = px - (float)sin(may / DEG) * ups, aheadz = pz - (float)cos(may / DEG) * ups;
+        float D1 = distance(px, 0, pz, camera.ox, camera.oy, camera.oz);
+        float D2 = distance(aheadx, 0, aheadz, camera.px, camera.py, camera.pz);
+        int frequency = (int)(250 * (D1 - D2)) + (int)fabsf(2500 * ups) + 22000;
+        FSOUND_SetFrequency(CHANNEL_engine, frequency);
+        FSOUND_SetVolume(CHANNEL_engine, (int)(255 / k));
+        FSOUND_SetPan(CHANNEL_collission, pan);
+        FSOUND_SetPan(CHANNEL_engine, pan);
+        FSOUND_SetPan(CHANNEL_tire, pan);
+    }
+
+    // Steering.
+    bool steered = !aidriver && ID == config.gokartfocus;
+    if (config.joysticksteering && steered) {
+        float target = -((float)joystick.x / 32000.0f - 1) * s.maxturn;
+        sw_ay += (target - sw_ay) * 20 / fps;
+    } else if (config.mousesteering && steered) {
+        sw_ay -= (float)mouse.deltax * (float)config.mousesensitivity / 100;
+        if (sw_ay > s.maxturn) sw_ay = s.maxturn;
+        if (sw_ay < -s.maxturn) sw_ay = -s.maxturn;
+    } else if (kLEFT) {
+        if (sw_ay < s.maxturn) sw_ay += s.turn / fps;
+    } else if (kRIGHT) {
+        if (sw_ay > -s.maxturn) sw_ay -= s.turn / fps;
+    } else {
+        if (sw_ay > 0)
+            sw_ay -= s.deturn / fps;
+        else if (sw_ay < 0)
+            sw_ay += s.deturn / fps;
+        if (fabsf(sw_ay) < s.deturn / fps) sw_ay = 0;
+    }
+
+    // Pedals and speed. There is no reverse gear: braking only ever slows.
+    if (config.joysticksteering && steered) {
+        float y = -((float)joystick.y / 32000.0f - 1) * 45;
+        pedal_up += (y - pedal_up) * 20 / fps;
+        if (pedal_up < 0) pedal_up = 0;
+        pedal_down -= (y + pedal_down) * 20 / fps;
+        if (pedal_down < 0) pedal_down = 0;
+        if (ups >= 0 && ups < s.topspeed) {
+            if (pedal_up <= pedal_down)
+                ups -= s.decceleration / 45 * pedal_down / fps;
+            else
+                ups += (s.acceleration / 45 * pedal_up / fps) / (fabsf(ups) / 2.5f + 1);
+        }
+    } else if (kUP) {
+        // The pull weakens as the kart gets faster.
+        if (ups < s.topspeed) ups += (s.acceleration / 45 * pedal_up / fps) / (fabsf(ups) / 2.5f + 1);
+        if (pedal_up < 45) pedal_up += 180 / fps;
+    } else if (kDOWN) {
+        // Two separate tests: a brake that would carry the speed below 0
+        // is taken back at once, so braking never turns into reversing.
+        float brake = s.decceleration / 45 * pedal_down / fps;
+        if (ups > 0) ups -= brake;
+        if (ups < 0) ups += brake;
+        if (pedal_down < 45) pedal_down += 180 / fps;
+    }
+
+    if (ups > 0) ups -= s.resistance / fps;
+    if (ups < 0) ups += s.resistance / fps;
+    if (!kUP && fabsf(ups) < 1.5f * s.resistance / fps) ups = 0;
+    if (!kUP && pedal_up > 0) pedal_up -= 180 / fps;
+    if (!kDOWN && pedal_down > 0) pedal_down -= 180 / fps;
+
+    // Touching another kart sends this one straight away from it.
+    bool touched = false;
+    for (bool hit : col) touched = touched || hit;
+    if (checkcol && touched && colg < GOKART_NKARTS) {
+        const sGokart& other = gokart[colg];
+        may = (float)(DEG * atan((other.px - px) / (other.pz - pz))) + (other.pz < pz ? 180.0f : 0.0f);
+        if (ups > 0.25f) ups /= 2;
+        if (col[4] && !col[0] && !col[1] && !col[7] && config.soundeffects) {
+            if (FSOUND_IsPlaying(CHANNEL_collission)) FSOUND_StopSound(CHANNEL_collission);
+            CHANNEL_collission = FSOUND_PlaySound(FSOUND_FREE, s.collission);
+            FSOUND_SetVolume(CHANNEL_collission,
+                             clampVolume((int)(fabsf(ups + 10) * (255 / (s.topspeed + 10)) / k)));
+        }
+    }
+
+    // The barriers.
+    bool walled = false;
+    for (int i = 0; i < 8; i++) {
+        int j = (i + 1) % 8;
+        col[i] = track.check(colx[i], colz[i], colx[j], colz[j]);
+        walled = walled || col[i];
+    }
+    if (walled && n > 0) {
+        if (config.soundeffects) {
+            if (FSOUND_IsPlaying(CHANNEL_collission)) FSOUND_StopSound(CHANNEL_collission);
+            CHANNEL_collission = FSOUND_PlaySound(FSOUND_FREE, s.collission);
+            FSOUND_SetVolume(CHANNEL_collission,
+                             clampVolume((int)(fabsf(ups + 10) * (255 / (s.topspeed + 10)) / k)));
+        }
+        // Bounce off the wall: along its normal when the kart already points
+        // away from it, mirrored when it drives into it. 57.3 is how the wall
+        // angle has always been taken.
+        unsigned int i = track.lasthit < n ? track.lasthit : 0;
+        unsigned int j = (i + 1) % n;
+        const sTrackPoint* N = track.lasthitL ? track.LNpoint : track.RNpoint;
+        float nx = (N[i].x + N[j].x) / 2, nz = (N[i].z + N[j].z) / 2;
+        float w = 57.3f * (float)atan(nx / nz) + 180;
+        if (nz < 0) w += 180;
+        float d = wrap180(ay - w);
+        if (fabsf(d) >= 90)
+            may = w - d + 180;
+        else
+            may = w;
+    }
+
+    // Heading, and the slide: the travel direction follows the heading with
+    // a lag, and a big lag brakes.
+    float step = ups / fps;
+    float ay0 = ay;
+    ay += sw_ay * step;
+    float d = may - ay;
+    if (d < -180 || d > 180) {
+        if (d + 360 >= -180 && d + 360 <= 180)
+            d += 360;
+        else if (d - 360 >= -180 && d - 360 <= 180)
+            d -= 360;
+        else
+            d = 0;
+    }
+    may -= d * s.grip / fps;
+    slidediff = fabsf(d) < 50 ? fabsf(d) : 50;
+    if (slidediff > 45)
+        ups -= 5 * ups / fps;
+    else if (slidediff > 35)
+        ups -= 2 * ups / fps;
+    if (DELAYslide > 0) DELAYslide -= 64 / fps;
+    if (slidediff <= 15) {
+        if (config.soundeffects) FSOUND_SetPaused(CHANNEL_tire, 1);
+        newSlide = true;
+    } else {
+        if (config.soundeffects) {
+            int volume = clampVolume((int)(slidediff * 5.1f / k));
+            FSOUND_SetPaused(CHANNEL_tire, 0);
+            if (!FSOUND_IsPlaying(CHANNEL_tire)) CHANNEL_tire = FSOUND_PlaySound(FSOUND_FREE, s.tire);
+            FSOUND_SetVolume(CHANNEL_tire, volume);
+        }
+        // Skid marks are laid here.
+    }
+
+    opx = px;
+    opz = pz;
+    ocosay = (float)cos(ay0 / DEG);
+    osinay = (float)sin(ay0 / DEG);
+    oaydiff = slidediff;
+    px -= (float)sin(may / DEG) * step;
+    pz -= (float)cos(may / DEG) * step;
+
+    // Wheels, by Ackermann: the inner front wheel steers more than the outer.
+    // The right wheel's path takes (R + t)(R - t) where the left takes (R - t)^2;
+    // that is how the wheels have always turned.
+    const float t = s.wheeltrack, wb = s.wheelbase;
+    float R = sw_ay != 0 ? (float)((360 / sw_ay) / TWOPI) : 9999.0f;
+    float CL = (float)(TWOPI * sqrt((R - t) * (R - t) + wb * wb));
+    float CR = (float)(TWOPI * sqrt((R + t) * (R - t) + wb * wb));
+    float aL = (float)(DEG * atan(wb / (R - t)));
+    lfw_ax -= (aL - lfw_ay) / 360 * s.wheelaxperturn;
+    lfw_ay = aL;
+    float aR = (float)(DEG * atan(wb / (R + t)));
+    rfw_ax -= (rfw_ay - aR) / 360 * s.wheelaxperturn;
+    rfw_ay = aR;
+    float W = 360 / s.wheelcircumference * step;
+    float C = (float)(TWOPI * R);
+    if (sw_ay < 0) {
+        lfw_ax -= W * CL / C;
+        rfw_ax -= W * CR / C;
+    } else {
+        lfw_ax += W * CL / C;
+        rfw_ax += W * CR / C;
+    }
+    lrw_ax += W * (float)(TWOPI * (R - t)) / C;
+    rrw_ax += W * (float)(TWOPI * (R + t)) / C;
+
+    for (float* a : {&ay, &may, &lfw_ax, &rfw_ax, &lrw_ax, &rrw_ax}) {
+        if (*a >= 180)
+            *a -= 360;
+        else if (*a < -180)
+            *a += 360;
+    }
+
+    // The driver's head nods with the acceleration, a damped spring.
+    head_axs += (ups - ups0) * 2000 / fps;
+    head_axs -= head_axs * 20 / fps;
+    head_axs -= head_ax * 20 / fps;
+    head_ax += head_axs * 2.5f / fps;
+    if (head_ax > 5) head_ax = 5;
+    if (head_ax < -5) head_ax = -5;
+}
+
+void sGokart::think() {
+    const sGokartStaticData& s = gokartstaticdata;
+    const float fps = performance.fps;
+    const unsigned int level = skill < 3 ? skill : 2;
+
+    if ((unsigned int)(bvclock() - last_aimove) < config.aiawakeness[level]) return;
+    last_aimove = bvclock();
+    kLEFT = kRIGHT = kUP = kDOWN = false;
+
+    const unsigned int n = trackPoints();
+    if (n == 0) return;
+
+    // Look further ahead the faster the kart goes.
+    unsigned int t = getcheckpoint() + 1;
+    if (ups > 15) t++;
+    if (ups > 20) t++;
+    if (ups > 25) t++;
+    t %= n;
+
+    // The line across the track: pass the kart ahead on its free side, back
+    // to the middle when the road is clear.
+    if (placementdelay > 0) {
+        placementdelay -= 0.1f / fps;
+    } else {
+        placementdelay = 0;
+        int ahead = -1, nearest = 10;
+        unsigned int karts = racingKarts();
+        for (unsigned int j = 0; j < karts; j++) {
+            if (j == ID) continue;
+            int g = (int)gokart[j].checkpoint - (int)checkpoint;
+            if (g >= -1 && g < 10 && g < nearest) {
+                nearest = g;
+                ahead = (int)j;
+            }
+        }
+        if (ahead < 0) {
+            if (placement < 0.5f)
+                placement += 0.5f / fps;
+            else if (placement > 0.5f)
+                placement -= 0.5f / fps;
+        } else if (gokart[ahead].placement < 0.5f) {
+            if (placement < 0.7f) placement += 0.5f / fps;
+        } else {
+            if (placement > 0.3f) placement -= 0.5f / fps;
+        }
+    }
+
+    float aimx = track.Lpoint[t].x + (track.Rpoint[t].x - track.Lpoint[t].x) * placement;
+    float aimz = track.Lpoint[t].z + (track.Rpoint[t].z - track.Lpoint[t].z) * placement;
+    float h = (float)(DEG * atan((px - aimx) / (pz - aimz)));
+    if (aimz > pz) h += 180;
+    if (h - ay < -180)
+        h += 360;
+    else if (h - ay > 180)
+        h -= 360;
+
+    // Now and then the driver's attention lapses and the wheel stays put.
+    int r = rand() % 100;
+    if (r > (int)config.aistupidity[level]) sw_ay += ((h - ay) - sw_ay) * 25 / fps;
+    // Half a turn, not a whole one: the wheel has always wrapped this way.
+    if (sw_ay < -180)
+        sw_ay += 180;
+    else if (sw_ay > 180)
+        sw_ay -= 180;
+
+    if (ups >= -0.1f && s.topspeed / 100 * (float)config.aiguts[level] > ups) kUP = true;
+}
