@@ -3,6 +3,7 @@
 #include <gtk/gtk.h>
 
 #include <array>
+#include <cstdio>
 
 #include "settingsfile.h"
 
@@ -237,6 +238,7 @@ void activate(App& app, const bvset::ReadResult& read) {
     updateDependents(app);
 
     if (!read.ok) {
+        fprintf(stderr, "brontevalle-config: cannot read %s; the shipped settings are offered\n", read.error.c_str());
         setStatus(app, "Could not read the settings file (" + read.error +
                            "). The shipped settings are shown; Save writes them.", true);
     } else {
