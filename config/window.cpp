@@ -148,7 +148,7 @@ struct Section {
 
 void activate(App& app, const bvset::ReadResult& read) {
     app.window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
-    gtk_window_set_title(GTK_WINDOW(app.window), "Brontevalle settings");
+    gtk_window_set_title(GTK_WINDOW(app.window), "Brontevalle configuration");
     gtk_window_set_icon_name(GTK_WINDOW(app.window), "brontevalle");
     gtk_window_set_resizable(GTK_WINDOW(app.window), FALSE);
     g_signal_connect(app.window, "destroy", G_CALLBACK(gtk_main_quit), nullptr);

@@ -54,7 +54,7 @@ public:
     std::string window() {
         for (int i = 0; i < 200 && id_.empty(); i++) {
             std::string ids = run("xdotool search --onlyvisible --pid " + std::to_string(pid_) +
-                                  " --name 'Brontevalle settings' 2>/dev/null");
+                                  " --name 'Brontevalle configuration' 2>/dev/null");
             if (!ids.empty()) id_ = ids.substr(0, ids.find('\n'));
             else std::this_thread::sleep_for(std::chrono::milliseconds(100));
         }
