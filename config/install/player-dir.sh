@@ -8,7 +8,7 @@
 bv_prepare() {
     shared="$1/Data"
     base="${XDG_DATA_HOME:-}"
-    # The base directory specification says to ignore a relative path here.
+    # XDG_DATA_HOME counts only as an absolute path; a relative one is ignored.
     case "$base" in /*) ;; *) base="$HOME/.local/share" ;; esac
     home="$base/brontevalle"
     data="$home/Data"
