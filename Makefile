@@ -1,11 +1,14 @@
 # The two commands a player or a developer needs: `make run` and `make test`.
 # Both install what is missing, build, and prepare build/game/ (the binary beside its Data/).
+# `make install PREFIX=...` installs for a Linux desktop (default /usr/local);
+# `make uninstall` removes that installation again, never the players' own folders.
 
 BUILD   ?= build
 JOBS    ?= $(shell nproc)
 XVFB    := scripts/with-xvfb
+PREFIX  ?= /usr/local
 
-.PHONY: all run test setup deps configure build clean
+.PHONY: all run test setup deps configure build install uninstall clean
 
 all: setup
 
@@ -30,6 +33,12 @@ test: setup
 	else \
 		ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS); \
 	fi
+
+install: setup
+	cmake --install $(BUILD) --prefix "$(PREFIX)"
+
+uninstall:
+	cmake --build $(BUILD) --target uninstall
 
 clean:
 	rm -rf $(BUILD)
