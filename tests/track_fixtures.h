@@ -96,15 +96,24 @@ inline void box(w::Model& m, const std::string& name, int material, float w_, fl
 
 // An upright panel that faces +z in the game (the files are z-up and turned
 // to y-up when drawn), textured over its whole area.
-inline void panel(w::Model& m, const std::string& name, int material, float w_, float h, float z0) {
+inline void panel(w::Model& m, const std::string& name, int material, float w_, float h, float z0,
+                  bool twoSided = false) {
     w::Object& o = m.object(name, material);
     o.vertex(-w_ / 2, 0, z0, 0, 0);
     o.vertex(w_ / 2, 0, z0, 1, 0);
     o.vertex(w_ / 2, 0, z0 + h, 1, 1);
     o.vertex(-w_ / 2, 0, z0 + h, 0, 1);
     // Counter-clockwise seen from -y in the file, that is from +z in the game;
-    // from behind it is culled.
+    // from behind it is culled unless it is two-sided.
     o.quad(0, 1, 2, 3);
+    if (!twoSided) return;
+    // The back as an object of its own, so that each side keeps its own normals.
+    w::Object& back = m.object(name + "Back", material);
+    back.vertex(-w_ / 2, 0, z0, 0, 0);
+    back.vertex(w_ / 2, 0, z0, 1, 0);
+    back.vertex(w_ / 2, 0, z0 + h, 1, 1);
+    back.vertex(-w_ / 2, 0, z0 + h, 0, 1);
+    back.quad(0, 3, 2, 1);
 }
 
 inline void solid(const std::string& file, Colour c, int a = -1) {
@@ -183,7 +192,7 @@ inline void writeData(bool ads = true) {
     {
         w::Model m;
         int mat = m.material("Board", 255, 255, 255, "barrel.tga");
-        panel(m, "Board", mat, 1.2f, 0.8f, 1.25f);
+        panel(m, "Board", mat, 1.2f, 0.8f, 1.25f, true);
         w::write3DS(m, "Data/Models/adboard.3DS");
     }
 }
