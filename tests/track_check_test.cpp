@@ -146,6 +146,8 @@ protected:
         blackbox.init("log.bvd", false);
         bvtest::openWindow(64, 48);
     }
+    // Whatever a test made, lists and textures go back before the window does.
+    void TearDown() override { track.free(); }
     ScratchDir dir;
 };
 

@@ -162,6 +162,8 @@ protected:
         config.LOrange[0] = config.LOrange[1] = config.LOrange[2] = 60;
         config.texturefilter = 2;
     }
+    // Whatever a test made, lists and textures go back before the window does.
+    void TearDown() override { track.free(); }
     ScratchDir dir;
 };
 

@@ -23,6 +23,8 @@ protected:
         blackbox.init("Data/blackbox.bvd", false);
         bvtest::openWindow(64, 48);
     }
+    // Whatever a test made, lists and textures go back before the window does.
+    void TearDown() override { track.free(); }
 
     // Loads text as the only track, with init's textures and models left out.
     void loadText(const std::string& text) {
