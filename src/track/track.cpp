@@ -223,7 +223,7 @@ void sTrack::load() {
                 continue;
             }
             // A board with no advertisement to carry would have no texture to show.
-            if (type == 7 && nAds == 0) {
+            if (type == (int)TRACK_ADBOARD && nAds == 0) {
                 noads++;
                 continue;
             }
@@ -728,7 +728,7 @@ void sTrack::drawObjects() {
         if (!inviewMiscObject[i]) continue;
         unsigned int type = typeMiscobject[i];
         if (type >= TRACK_NOBJECTTYPES || !miscobjectPTR[type]) continue;
-        if (type == 5) {
+        if (type == TRACK_PLANT) {
             // Plants are pictures on a single panel, always turned to face the eye.
             glEnable(GL_ALPHA_TEST);
             glDisable(GL_LIGHTING);
@@ -737,18 +737,18 @@ void sTrack::drawObjects() {
             glPushMatrix();
             glTranslatef(miscobject[i].x, 0, miscobject[i].z);
             glRotatef(camera.ay, 0, 1, 0);
-            miscobjectPTR[5]->drawlist();
+            miscobjectPTR[TRACK_PLANT]->drawlist();
             glPopMatrix();
             glEnable(GL_LIGHTING);
             glDisable(GL_ALPHA_TEST);
             continue;
         }
-        if (type == 7 && nAds == 0) continue;  // no advertisement to put on the board
+        if (type == TRACK_ADBOARD && nAds == 0) continue;  // no advertisement to put on the board
         glPushMatrix();
         glTranslatef(miscobject[i].x, 0, miscobject[i].z);
         glRotatef((float)(i * 35), 0, 1, 0);
         miscobjectPTR[type]->drawlist();
-        if (type == 7) {
+        if (type == TRACK_ADBOARD) {
             unsigned int ads = nAds < TRACK_MAXADS ? nAds : TRACK_MAXADS;
             glEnable(GL_TEXTURE_2D);
             glBindTexture(GL_TEXTURE_2D, adTexture[i % ads]);

@@ -63,11 +63,17 @@ struct sTrack {
     s3DS* miscobjectPTR[TRACK_MAXOBJECTS];
     unsigned int LIST_ground, LIST_fences;
 
+    // Once per run: the track list, and the textures and models all tracks share.
     void init(float trackscale);
+    // Reads Data/Tracks/<trackname[config.track]>.txt and builds what is drawn of it.
     void load();
+    // Whether the segment crosses a barrier; lasthit and lasthitL say which one.
     bool check(float x1, float z1, float x2, float z2);
+    // Which objects, centre points and barrier segments the camera sees this frame.
     void isinview();
+    // Gantry, TV cameras, barriers, roadside objects and fences.
     void drawObjects();
+    // Gives back what init and load made.
     void free();
 
 private:
