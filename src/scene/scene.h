@@ -7,4 +7,7 @@ void resetScene();
 void drawScene();
 void killScene();
 
+// The fog's colour; the track sets it when it loads.
+extern float FogColor[4];
+
 #endif

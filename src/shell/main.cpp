@@ -19,6 +19,7 @@
 #include "shell/keyboard.h"
 #include "shell/mouse.h"
 #include "shell/performance.h"
+#include "track/track.h"
 
 sBlackbox blackbox;
 sConfig config;
@@ -27,6 +28,8 @@ sPerformance performance;
 sMouse mouse;
 sJoystick joystick;
 sCamera camera;
+sTrack track;
+float FogColor[4];
 sFontFNT fontFNT;
 sFontTGA fontTGA;
 sMenu menu;
@@ -216,6 +219,7 @@ void startup() {
     fontFNT.init("Courier", 8);
     fontTGA.init("Arial", 0.75f);
     menu.init();
+    track.init(0.125f);
     initScene();
     freeTexture(&splash_t);
     freeTexture(&splash_0);

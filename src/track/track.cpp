@@ -1,148 +1,597 @@
-// Stand-in for the track module: lists the tracks, reads a track file's points and pairs, closes and
-// separates the barriers, computes their normals, and answers the barrier test.
 #include "track/track.h"
 
+#include <GL/gl.h>
 #include <dirent.h>
 
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <string>
 
+#include "assets/texture.h"
+#include "scene/camera.h"
+#include "scene/scene.h"
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 
-sTrack track;
+namespace {
+
+// How the roadside is laid out outwards from each barrier line, in world
+// units: the barrier itself, a strip of bare dirt the karts throw up, grass
+// that fades in and out again, and the spectators' fence in the grass.
+const float DIRT_BAND = 0.75f;
+const float GRASS_IN = 0.75f;
+const float GRASS_FULL = 1.5f;
+const float GRASS_LAST = 3.75f;
+const float GRASS_OUT = 5.0f;
+const float FENCE_OFFSET = 3.0f;
+const float FENCE_HEIGHT = 1.2f;
+const float POLE_HEIGHT = 1.35f;
+const float POLE_HALFWIDTH = 0.05f;
+// World units per repeat of the ground-level pictures.
+const float GROUND_REPEAT = 2.5f;
+const float FENCE_REPEAT = 1.2f;
+// The finish line: half its depth along the track, and one chequer tile.
+const float FINISH_HALFDEPTH = 0.3f;
+const float FINISH_TILE = 0.6f;
+
+void report(const std::string& text) {
+    blackbox.task(text.c_str(), false);
+    printf("%s\n", text.c_str());
+}
+
+// j = (i - 1) mod n with the subtraction done on 32-bit unsigned numbers, so
+// that point 0's predecessor is 4294967295 mod n and not always the last point.
+unsigned int previous(unsigned int i, unsigned int n) {
+    return (uint32_t)((uint32_t)i - 1u) % (uint32_t)n;
+}
+
+bool visible(float x, float y, float z) {
+    unsigned int lod = config.lod < 3 ? config.lod : 2;
+    float d = camera.isinview(x, y, z);
+    return d > 0 && d < config.LOrange[lod];
+}
+
+// The point p moved outwards from the road by d (normals point at the road).
+sTrackPoint outwards(const sTrackPoint& p, const sTrackPoint& n, float d) {
+    return {p.x - n.x * d, p.z - n.z * d};
+}
+
+void vertex(const sTrackPoint& p, float y) {
+    glVertex3f(p.x, y, p.z);
+}
+
+// Ground pieces are drawn twice, once where a shadow caster has marked the
+// stencil (at half brightness) and once everywhere else.
+template <typename Draw>
+void shadowedPasses(float alpha, Draw draw) {
+    glStencilFunc(GL_EQUAL, 1, 1);
+    draw(0.5f, alpha);
+    glStencilFunc(GL_NOTEQUAL, 1, 1);
+    draw(1.0f, alpha);
+}
+
+}  // namespace
 
 void sTrack::init(float scale) {
     trackscale = scale;
+
     ntracks = 0;
-    DIR* dir = opendir("Data/Tracks/.");
-    if (dir) {
-        while (dirent* e = readdir(dir)) {
-            if (ntracks >= TRACK_MAXTRACKS) break;
-            unsigned int n = 0;
-            while (e->d_name[n] && e->d_name[n] != '.' && n < 31) {
-                trackname[ntracks][n] = e->d_name[n];
-                n++;
+    if (DIR* dir = opendir("Data/Tracks/.")) {
+        while (dirent* entry = readdir(dir)) {
+            size_t length = strcspn(entry->d_name, ".");
+            if (length <= 2) continue;
+            if (length >= TRACK_NAMELENGTH) {
+                report(std::string("Listing tracks : name too long, Data/Tracks/") + entry->d_name + " ignored");
+                continue;
             }
-            trackname[ntracks][n] = 0;
-            if (n > 2) ntracks++;
+            if (ntracks >= TRACK_MAXNAMES) {
+                report(std::string("Listing tracks : more than 99 tracks, Data/Tracks/") + entry->d_name +
+                       " ignored");
+                continue;
+            }
+            memcpy(trackname[ntracks], entry->d_name, length);
+            trackname[ntracks][length] = 0;
+            ntracks++;
         }
         closedir(dir);
     }
     if (config.track >= ntracks) config.track = 0;
+
+    char name[64];
+    for (unsigned int i = 0; i < N_DIRTS; i++) {
+        snprintf(name, sizeof name, "Data/Textures/Tdirt%u.tga", i + 1);
+        floadTextureTGA(name, &dirtTexture[i]);
+    }
+    for (unsigned int i = 0; i < N_ROADS; i++) {
+        snprintf(name, sizeof name, "Data/Textures/Troad%u.tga", i + 1);
+        floadTextureTGA(name, &roadTexture[i]);
+    }
+    floadTextureTGA("Data/Textures/Tgrass.tga", &grassTexture);
+    floadTextureTGA("Data/Textures/Tfront.tga", &frontTexture);
+    floadTextureTGA("Data/Textures/Tback.tga", &backTexture);
+    floadTextureTGA("Data/Textures/Ttop.tga", &topTexture);
+    floadTextureTGA("Data/Textures/Cshadowmap.tga", &CshadowmapTexture);
+    // Fences and plants are cut out by their alpha; filtered, their edges
+    // would smear into halos, so they are always loaded sharp.
+    unsigned int filter = config.texturefilter;
+    config.texturefilter = 0;
+    floadTextureTGA("Data/Textures/Tfence.tga", &fenceTexture);
+    for (unsigned int i = 0; i < N_TREES; i++) {
+        snprintf(name, sizeof name, "Data/Textures/Nature%u.tga", i + 1);
+        floadTextureTGA(name, &natureTexture[i]);
+    }
+    config.texturefilter = filter;
+    floadTextureTGA("Data/Textures/Pole.tga", &poleTexture);
+    floadTextureTGA("Data/Textures/Finish.tga", &finishTexture);
+
+    nAds = 0;
+    if (DIR* dir = opendir("Data/Ads/.")) {
+        while (dirent* entry = readdir(dir)) {
+            if (strlen(entry->d_name) <= 2) continue;
+            std::string path = std::string("Data/Ads/") + entry->d_name;
+            if (nAds >= TRACK_MAXADS) {
+                report("Loading advertisements : more than 99 pictures, " + path + " ignored");
+                continue;
+            }
+            floadTextureTGA(path.c_str(), &adTexture[nAds]);
+            nAds++;
+        }
+        closedir(dir);
+    }
+
+    struct Model {
+        s3DS* model;
+        const char* file;
+        int type;  // roadside object type, -1 for the four placed by the drawing itself
+    };
+    const Model models[16] = {
+        {&finish3DS, "tfinish", -1},       {&camera3DS, "camera", -1},       {&camerastand3DS, "camerastand", -1},
+        {&adboard3DS, "adboard", -1},      {&barrel3DS, "barrel", 0},        {&barrelt3DS, "barrelt", 1},
+        {&container3DS, "container", 2},   {&barrel23DS, "barrel2", 3},      {&barrel2t3DS, "barrel2t", 4},
+        {&nature3DS, "nature", 5},         {&container23DS, "container2", 6}, {&ad3DS, "ad", 7},
+        {&sign13DS, "sign1", 8},           {&sign23DS, "sign2", 9},          {&sign33DS, "sign3", 10},
+        {&sign43DS, "sign4", 11},
+    };
+    for (const Model& m : models) {
+        std::string path = std::string("Data/Models/") + m.file + ".3DS";
+        m.model->load(path.c_str(), "Data/Textures/");
+        // The advertising board and the plants take the picture the drawing binds.
+        bool owntextures = m.model != &adboard3DS && m.model != &nature3DS;
+        m.model->initlist(false, owntextures);
+        if (m.type >= 0) miscobjectPTR[m.type] = m.model;
+    }
 }
 
 void sTrack::load() {
-    char path[512];
-    snprintf(path, sizeof path, "%sData/Tracks/%s.txt", config.PATH, config.track < ntracks ? trackname[config.track] : "");
-    FILE* f = fopen(path, "r");
+    if (config.track >= TRACK_MAXNAMES) {
+        report("Loading track : no such track");
+        return;
+    }
+    std::string name = std::string("Data/Tracks/") + trackname[config.track] + ".txt";
+    std::string path = std::string(config.PATH) + name;
+    FILE* f = fopen(path.c_str(), "r");
     if (!f) {
         blackbox.task("Loading track", false);
         return;
     }
+
     int dirt = 0, road = 0, fog = 0;
-    if (fscanf(f, "%d%d", &dirt, &road) != 2) { /* the defaults stay */ }
+    if (fscanf(f, "%d%d", &dirt, &road) != 2) { /* what was read stays */ }
     if (fscanf(f, "%d", &fog) != 1) { /* likewise */ }
     whichDirt = (unsigned int)dirt;
     whichRoad = (unsigned int)road;
-    fogdensity = (float)(unsigned int)fog / 1000.0f;
+    fogdensity = (float)((unsigned int)fog / 1000.0);
     nLRpoints = 0;
     nCpoints = 0;
-    auto pair = [&](sTrackPoint* p) {
-        int x = 256, z = 256;
-        if (fscanf(f, "%d%d", &x, &z) != 2) { /* as far as it got */ }
-        if (p) {
-            p->x = (float)(x - 256) * trackscale;
-            p->z = (float)(z - 256) * trackscale;
-        }
-    };
-    char word[64];
+    nMiscobjects = 0;
+
+    unsigned long extraLR = 0, extraC = 0, extraO = 0, badtypes = 0, noads = 0;
+    auto world = [this](int v) { return (float)(v - 256) * trackscale; };
+    char word[256];
     while (!feof(f)) {
         strcpy(word, "nothing more");
-        if (fscanf(f, "%63s", word) != 1) { /* checked below */ }
-        if (!strcmp(word, "nothing more")) break;
-        if (!strcmp(word, "LR")) {
-            bool room = nLRpoints < TRACK_MAXPOINTS - 1;
-            pair(room ? &Lpoint[nLRpoints] : nullptr);
-            pair(room ? &Rpoint[nLRpoints] : nullptr);
-            if (room) nLRpoints++;
-        } else if (!strcmp(word, "C")) {
-            bool room = nCpoints < TRACK_MAXPOINTS;
-            pair(room ? &Cpoint[nCpoints] : nullptr);
-            if (room) nCpoints++;
-        } else if (!strcmp(word, "O")) {
-            int type = 0;
-            if (fscanf(f, "%d", &type) != 1) { /* as far as it got */ }
-            pair(nullptr);
+        if (fscanf(f, "%255s", word) != 1) { /* end of file leaves the marker */ }
+        if (strcmp(word, "nothing more") == 0) break;
+        if (strcmp(word, "LR") == 0) {
+            int lx = 256, lz = 256, rx = 256, rz = 256;
+            if (fscanf(f, "%d%d", &lx, &lz) != 2) { /* a broken record keeps what it got */ }
+            if (fscanf(f, "%d%d", &rx, &rz) != 2) { /* likewise */ }
+            if (nLRpoints >= TRACK_MAXPOINTS) {
+                extraLR++;
+                continue;
+            }
+            Lpoint[nLRpoints] = {world(lx), world(lz)};
+            Rpoint[nLRpoints] = {world(rx), world(rz)};
+            nLRpoints++;
+        } else if (strcmp(word, "C") == 0) {
+            int x = 256, z = 256;
+            if (fscanf(f, "%d%d", &x, &z) != 2) { /* likewise */ }
+            if (nCpoints >= TRACK_MAXPOINTS) {
+                extraC++;
+                continue;
+            }
+            Cpoint[nCpoints] = {world(x), world(z)};
+            nCpoints++;
+        } else if (strcmp(word, "O") == 0) {
+            int type = 0, x = 256, z = 256;
+            if (fscanf(f, "%d", &type) != 1) { /* likewise */ }
+            if (fscanf(f, "%d%d", &x, &z) != 2) { /* likewise */ }
+            if (type < 0 || type >= (int)TRACK_NOBJECTTYPES) {
+                badtypes++;
+                continue;
+            }
+            // A board with no advertisement to carry would have no texture to show.
+            if (type == (int)TRACK_ADBOARD && nAds == 0) {
+                noads++;
+                continue;
+            }
+            if (nMiscobjects >= TRACK_MAXOBJECTS) {
+                extraO++;
+                continue;
+            }
+            typeMiscobject[nMiscobjects] = (unsigned int)type;
+            miscobject[nMiscobjects] = {world(x), world(z)};
+            nMiscobjects++;
         }
+        // Any other word is passed over on its own.
     }
     blackbox.task("Loading track", true);
     fclose(f);
-    if (nLRpoints == 0) return;
 
-    Lpoint[nLRpoints] = Lpoint[0];
-    Rpoint[nLRpoints] = Rpoint[0];
-    for (unsigned int i = 0; i <= nLRpoints; i++) {
-        unsigned int j = (i - 1) % nLRpoints;
-        if (Lpoint[i].x == Lpoint[j].x) Lpoint[i].x += 0.01f;
-        if (Lpoint[i].z == Lpoint[j].z) Lpoint[i].z += 0.01f;
-        if (Rpoint[i].x == Rpoint[j].x) Rpoint[i].x -= 0.01f;
-        if (Rpoint[i].z == Rpoint[j].z) Rpoint[i].z -= 0.01f;
+    if (whichDirt >= N_DIRTS) {
+        report("Loading track " + name + " : ground " + std::to_string(whichDirt) + " does not exist, 0 used");
+        whichDirt = 0;
+    }
+    if (whichRoad >= N_ROADS) {
+        report("Loading track " + name + " : road " + std::to_string(whichRoad) + " does not exist, 0 used");
+        whichRoad = 0;
+    }
+    if (extraLR)
+        report("Loading track " + name + " : more than 999 barrier pairs, " + std::to_string(extraLR) + " ignored");
+    if (extraC)
+        report("Loading track " + name + " : more than 999 centre points, " + std::to_string(extraC) + " ignored");
+    if (extraO)
+        report("Loading track " + name + " : more than 256 objects, " + std::to_string(extraO) + " ignored");
+    if (badtypes)
+        report("Loading track " + name + " : " + std::to_string(badtypes) +
+               " objects of unknown type (0 to 11) ignored");
+    if (noads)
+        report("Loading track " + name + " : " + std::to_string(noads) +
+               " advertising boards without advertisements ignored");
+
+    buildGeometry();
+    barrier_width = 0.25f;
+    barrier_height = 0.25f;
+    for (unsigned int i = 0; i < TRACK_MAXPOINTS; i++) doCshadowmap[i] = false;
+    buildGround();
+    buildFences();
+
+    FogColor[0] = 0.525f;
+    FogColor[1] = 0.525f;
+    FogColor[2] = 0.5f;
+    FogColor[3] = 1.0f;
+    glFogfv(GL_FOG_COLOR, FogColor);
+    glFogi(GL_FOG_MODE, GL_EXP);
+    glFogf(GL_FOG_DENSITY, fogdensity);
+    glHint(GL_FOG_HINT, GL_NICEST);
+    glFogf(GL_FOG_START, 45.0f);
+    glFogf(GL_FOG_END, 50.0f);
+}
+
+void sTrack::buildGeometry() {
+    const unsigned int n = nLRpoints;
+    // Close both barrier lines with a copy of the first pair.
+    Lpoint[n] = Lpoint[0];
+    Rpoint[n] = Rpoint[0];
+
+    // Neighbours that share an x or a z would give the collision test a
+    // vertical or horizontal segment; a hundredth of a unit keeps them apart.
+    if (n > 0) {
+        for (unsigned int i = 0; i <= n; i++) {
+            unsigned int j = previous(i, n);
+            if (Lpoint[i].x == Lpoint[j].x) Lpoint[i].x += 0.01f;
+            if (Lpoint[i].z == Lpoint[j].z) Lpoint[i].z += 0.01f;
+            if (Rpoint[i].x == Rpoint[j].x) Rpoint[i].x -= 0.01f;
+            if (Rpoint[i].z == Rpoint[j].z) Rpoint[i].z -= 0.01f;
+        }
     }
 
-    LNpoint[0] = {1, 0};
-    RNpoint[0] = {-1, 0};
-    auto normal = [&](const sTrackPoint* P, unsigned int i, float sign) {
-        unsigned int p = (i - 1) % nLRpoints, q = (i + 1) % nLRpoints;
-        float spanz = P[q].z - P[p].z;
-        float dx1 = P[i].x - P[p].x, dz1 = P[i].z - P[p].z;
-        float dx2 = P[q].x - P[i].x, dz2 = P[q].z - P[i].z;
-        if (dx1 == 0) dx1 = 0.1f;
-        if (dx2 == 0) dx2 = 0.1f;
-        float angle = (float)((atan(dz1 / dx1) + atan(dz2 / dx2)) / 2);
-        if (dx1 > 0 && dx2 > 0) angle += 1.570796327f;
-        if (dx1 < 0 && dx2 < 0) angle -= 1.570796327f;
-        float t = (float)tan(angle);
-        float root = (float)sqrt(t * t + 1);
-        if (root == 0) root = 0.1f;
-        float c = 1 / root;
-        if (spanz > 0) sign = -sign;
-        return sTrackPoint{sign * c, sign * c * t};
+    // Normals from the mean direction of the incoming and outgoing segments.
+    // The arctangent loses the sense of direction, so each normal is turned to
+    // agree with its predecessor, starting from the start straight at point 0.
+    LNpoint[0] = {1.0f, 0.0f};
+    RNpoint[0] = {-1.0f, 0.0f};
+    for (unsigned int i = 1; i < n; i++) {
+        unsigned int p = (i - 1) % n, q = (i + 1) % n;
+        for (int side = 0; side < 2; side++) {
+            const sTrackPoint* P = side == 0 ? Lpoint : Rpoint;
+            sTrackPoint* N = side == 0 ? LNpoint : RNpoint;
+            float spandz = P[q].z - P[p].z;
+            float dx1 = P[i].x - P[p].x, dz1 = P[i].z - P[p].z;
+            float dx2 = P[q].x - P[i].x, dz2 = P[q].z - P[i].z;
+            if (dx1 == 0) dx1 = 0.1f;
+            if (dx2 == 0) dx2 = 0.1f;
+            float angle = (std::atan(dz1 / dx1) + std::atan(dz2 / dx2)) / 2;
+            if (dx1 > 0 && dx2 > 0) angle += 1.570796327f;
+            if (dx1 < 0 && dx2 < 0) angle -= 1.570796327f;
+            float t = std::tan(angle);
+            float root = std::sqrt(t * t + 1);
+            if (root == 0) root = 0.1f;
+            float c = 1 / root;
+            bool negate = side == 0 ? spandz > 0 : !(spandz > 0);
+            if (negate)
+                N[i] = {-c, -c * t};
+            else
+                N[i] = {c, c * t};
+            if (std::fabs(N[i].x - N[i - 1].x) > 1 || std::fabs(N[i].z - N[i - 1].z) > 1) {
+                N[i].x *= -1.0f;
+                N[i].z *= -1.0f;
+            }
+        }
+    }
+    // The drawing reads one normal past the last pair, where the line closes.
+    LNpoint[n] = LNpoint[0];
+    RNpoint[n] = RNpoint[0];
+
+    // Distance along each barrier, for the textures that run along it.
+    LTcoord[0] = RTcoord[0] = 0;
+    if (n > 0) {
+        float lsum = 0, rsum = 0;
+        for (unsigned int i = 0; i <= n; i++) {
+            unsigned int j = previous(i, n);
+            float dx = Lpoint[i].x - Lpoint[j].x, dz = Lpoint[i].z - Lpoint[j].z;
+            lsum += std::sqrt(dx * dx + dz * dz);
+            LTcoord[i] = lsum;
+            dx = Rpoint[i].x - Rpoint[j].x;
+            dz = Rpoint[i].z - Rpoint[j].z;
+            rsum += std::sqrt(dx * dx + dz * dz);
+            RTcoord[i] = rsum;
+        }
+    }
+}
+
+void sTrack::buildGround() {
+    if (LIST_ground && glIsList(LIST_ground)) glDeleteLists(LIST_ground, 1);
+    LIST_ground = glGenLists(1);
+    glNewList(LIST_ground, GL_COMPILE);
+
+    glDisable(GL_DEPTH_TEST);
+    glEnable(GL_TEXTURE_2D);
+    glNormal3f(0, 1, 0);
+    glEnable(GL_STENCIL_TEST);
+    glStencilOp(GL_KEEP, GL_KEEP, GL_KEEP);
+    // The ground is seen from above whichever way round a track was drawn.
+    glDisable(GL_CULL_FACE);
+
+    glBindTexture(GL_TEXTURE_2D, dirtTexture[whichDirt]);
+    for (int pass = 0; pass < 2; pass++) {
+        if (pass == 0) {
+            glStencilFunc(GL_EQUAL, 1, 1);
+            glColor3f(0.5f, 0.5f, 0.5f);
+        } else {
+            glStencilFunc(GL_NOTEQUAL, 1, 1);
+            glColor3f(1, 1, 1);
+        }
+        for (int z = -256; z <= 256; z += 32) {
+            glBegin(GL_QUAD_STRIP);
+            for (int x = -272; x <= 272; x += 32) {
+                glTexCoord2f(x * trackscale / 2.5f, (z - 16) * trackscale / 2.5f);
+                glVertex3f(x * trackscale, 0, (z - 16) * trackscale);
+                glTexCoord2f(x * trackscale / 2.5f, (z + 16) * trackscale / 2.5f);
+                glVertex3f(x * trackscale, 0, (z + 16) * trackscale);
+            }
+            glEnd();
+        }
+    }
+
+    const unsigned int n = nLRpoints;
+
+    // The road between the barrier lines: across the road the picture spans
+    // once, along it it repeats with the distance driven.
+    glBindTexture(GL_TEXTURE_2D, roadTexture[whichRoad]);
+    if (n > 0) {
+        shadowedPasses(1.0f, [&](float shade, float) {
+            glColor3f(shade, shade, shade);
+            glBegin(GL_QUAD_STRIP);
+            for (unsigned int i = 0; i <= n; i++) {
+                float along = (LTcoord[i] + RTcoord[i]) / 2 / GROUND_REPEAT;
+                glTexCoord2f(0, along);
+                vertex(Lpoint[i], 0);
+                glTexCoord2f(1, along);
+                vertex(Rpoint[i], 0);
+            }
+            glEnd();
+        });
+    }
+
+    // A band outside one barrier from d0 to d1, its alpha going from a0 to a1.
+    auto band = [&](const sTrackPoint* P, const sTrackPoint* N, const float* T, float d0, float d1, float a0,
+                    float a1, float shade) {
+        glBegin(GL_QUAD_STRIP);
+        for (unsigned int i = 0; i <= n; i++) {
+            float along = T[i] / GROUND_REPEAT;
+            glColor4f(shade, shade, shade, a0);
+            glTexCoord2f(along, d0 / GROUND_REPEAT);
+            vertex(outwards(P[i], N[i], d0), 0);
+            glColor4f(shade, shade, shade, a1);
+            glTexCoord2f(along, d1 / GROUND_REPEAT);
+            vertex(outwards(P[i], N[i], d1), 0);
+        }
+        glEnd();
     };
-    for (unsigned int i = 1; i < nLRpoints; i++) {
-        LNpoint[i] = normal(Lpoint, i, 1);
-        if (fabsf(LNpoint[i].x - LNpoint[i - 1].x) > 1 || fabsf(LNpoint[i].z - LNpoint[i - 1].z) > 1) {
-            LNpoint[i].x *= -1.0f;
-            LNpoint[i].z *= -1.0f;
-        }
-        RNpoint[i] = normal(Rpoint, i, -1);
-        if (fabsf(RNpoint[i].x - RNpoint[i - 1].x) > 1 || fabsf(RNpoint[i].z - RNpoint[i - 1].z) > 1) {
-            RNpoint[i].x *= -1.0f;
-            RNpoint[i].z *= -1.0f;
+
+    glEnable(GL_DEPTH_TEST);
+    glBindTexture(GL_TEXTURE_2D, dirtTexture[whichDirt]);
+    if (n > 0) {
+        shadowedPasses(1.0f, [&](float shade, float) {
+            band(Lpoint, LNpoint, LTcoord, 0, DIRT_BAND, 1, 1, shade);
+            band(Rpoint, RNpoint, RTcoord, 0, DIRT_BAND, 1, 1, shade);
+        });
+    }
+
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    glBindTexture(GL_TEXTURE_2D, grassTexture);
+    if (n > 0) {
+        shadowedPasses(1.0f, [&](float shade, float) {
+            for (int side = 0; side < 2; side++) {
+                const sTrackPoint* P = side == 0 ? Lpoint : Rpoint;
+                const sTrackPoint* N = side == 0 ? LNpoint : RNpoint;
+                const float* T = side == 0 ? LTcoord : RTcoord;
+                band(P, N, T, GRASS_IN, GRASS_FULL, 0, 1, shade);
+                band(P, N, T, GRASS_FULL, GRASS_LAST, 1, 1, shade);
+                band(P, N, T, GRASS_LAST, GRASS_OUT, 1, 0, shade);
+            }
+        });
+    }
+
+    // Fence posts stand up out of the ground; the ground's shadow marks are not theirs.
+    glColor4f(1, 1, 1, 0.5f);
+    glBindTexture(GL_TEXTURE_2D, poleTexture);
+    glDisable(GL_STENCIL_TEST);
+    glBegin(GL_QUADS);
+    for (unsigned int i = 0; i < n; i += 2) {
+        for (int side = 0; side < 2; side++) {
+            const sTrackPoint* P = side == 0 ? Lpoint : Rpoint;
+            const sTrackPoint* N = side == 0 ? LNpoint : RNpoint;
+            sTrackPoint foot = outwards(P[i], N[i], FENCE_OFFSET);
+            // Two crossed panels, one along the fence and one across it.
+            sTrackPoint across = {N[i].x * POLE_HALFWIDTH, N[i].z * POLE_HALFWIDTH};
+            sTrackPoint along = {-N[i].z * POLE_HALFWIDTH, N[i].x * POLE_HALFWIDTH};
+            for (const sTrackPoint& d : {across, along}) {
+                glTexCoord2f(0, 0);
+                glVertex3f(foot.x - d.x, 0, foot.z - d.z);
+                glTexCoord2f(1, 0);
+                glVertex3f(foot.x + d.x, 0, foot.z + d.z);
+                glTexCoord2f(1, 1);
+                glVertex3f(foot.x + d.x, POLE_HEIGHT, foot.z + d.z);
+                glTexCoord2f(0, 1);
+                glVertex3f(foot.x - d.x, POLE_HEIGHT, foot.z - d.z);
+            }
         }
     }
-    LNpoint[nLRpoints] = LNpoint[0];
-    RNpoint[nLRpoints] = RNpoint[0];
+    glEnd();
+
+    // The chequered line across the road under the gantry.
+    glBindTexture(GL_TEXTURE_2D, finishTexture);
+    glEnable(GL_STENCIL_TEST);
+    if (n > 0) {
+        sTrackPoint a, b, dir;
+        finishLine(a, b, dir);
+        float dx = b.x - a.x, dz = b.z - a.z;
+        float tiles = std::round(std::sqrt(dx * dx + dz * dz) / FINISH_TILE);
+        if (tiles < 1) tiles = 1;
+        sTrackPoint back = {dir.x * FINISH_HALFDEPTH, dir.z * FINISH_HALFDEPTH};
+        shadowedPasses(0.9f, [&](float shade, float alpha) {
+            glColor4f(shade, shade, shade, alpha);
+            glBegin(GL_QUADS);
+            glTexCoord2f(0, 0);
+            glVertex3f(a.x - back.x, 0, a.z - back.z);
+            glTexCoord2f(tiles, 0);
+            glVertex3f(b.x - back.x, 0, b.z - back.z);
+            glTexCoord2f(tiles, 1);
+            glVertex3f(b.x + back.x, 0, b.z + back.z);
+            glTexCoord2f(0, 1);
+            glVertex3f(a.x + back.x, 0, a.z + back.z);
+            glEnd();
+        });
+    }
+
+    glDisable(GL_STENCIL_TEST);
+    glDisable(GL_BLEND);
+    glDisable(GL_TEXTURE_2D);
+    glEnable(GL_CULL_FACE);
+    glColor4f(1, 1, 1, 1);
+    glEndList();
+}
+
+// Where the road crosses the gantry's line z = 2.5, nearest the gantry: the
+// left and right barrier points there and the unit direction of the road.
+// A track that never passes the gantry gets its line at pair 0.
+void sTrack::finishLine(sTrackPoint& a, sTrackPoint& b, sTrackPoint& dir) const {
+    const unsigned int n = nLRpoints;
+    const float gx = trackscale * 218, gz = 2.5f;
+    unsigned int best = 0;
+    float bestt = 0, bestd = -1;
+    for (unsigned int i = 0; i < n; i++) {
+        float z0 = (Lpoint[i].z + Rpoint[i].z) / 2, z1 = (Lpoint[i + 1].z + Rpoint[i + 1].z) / 2;
+        if (z0 == z1 || (gz - z0) * (gz - z1) > 0) continue;
+        float t = (gz - z0) / (z1 - z0);
+        float x0 = (Lpoint[i].x + Rpoint[i].x) / 2, x1 = (Lpoint[i + 1].x + Rpoint[i + 1].x) / 2;
+        float d = std::fabs(x0 + (x1 - x0) * t - gx);
+        if (bestd < 0 || d < bestd) {
+            bestd = d;
+            best = i;
+            bestt = t;
+        }
+    }
+    unsigned int i = best, j = best + 1;
+    a = {Lpoint[i].x + (Lpoint[j].x - Lpoint[i].x) * bestt, Lpoint[i].z + (Lpoint[j].z - Lpoint[i].z) * bestt};
+    b = {Rpoint[i].x + (Rpoint[j].x - Rpoint[i].x) * bestt, Rpoint[i].z + (Rpoint[j].z - Rpoint[i].z) * bestt};
+    float dx = (Lpoint[j].x + Rpoint[j].x - Lpoint[i].x - Rpoint[i].x) / 2;
+    float dz = (Lpoint[j].z + Rpoint[j].z - Lpoint[i].z - Rpoint[i].z) / 2;
+    float length = std::sqrt(dx * dx + dz * dz);
+    if (length > 0)
+        dir = {dx / length, dz / length};
+    else
+        dir = {0, -1};
+}
+
+void sTrack::buildFences() {
+    if (LIST_fences && glIsList(LIST_fences)) glDeleteLists(LIST_fences, 1);
+    LIST_fences = glGenLists(1);
+    glNewList(LIST_fences, GL_COMPILE);
+    const unsigned int n = nLRpoints;
+    glEnable(GL_TEXTURE_2D);
+    glEnable(GL_ALPHA_TEST);
+    glDisable(GL_CULL_FACE);  // a fence is seen from both sides
+    glColor3f(1, 1, 1);
+    glNormal3f(0, 1, 0);
+    glBindTexture(GL_TEXTURE_2D, fenceTexture);
+    if (n > 0) {
+        for (int side = 0; side < 2; side++) {
+            const sTrackPoint* P = side == 0 ? Lpoint : Rpoint;
+            const sTrackPoint* N = side == 0 ? LNpoint : RNpoint;
+            const float* T = side == 0 ? LTcoord : RTcoord;
+            glBegin(GL_QUAD_STRIP);
+            for (unsigned int i = 0; i <= n; i++) {
+                sTrackPoint foot = outwards(P[i], N[i], FENCE_OFFSET);
+                glTexCoord2f(T[i] / FENCE_REPEAT, 0);
+                vertex(foot, 0);
+                glTexCoord2f(T[i] / FENCE_REPEAT, 1);
+                vertex(foot, FENCE_HEIGHT);
+            }
+            glEnd();
+        }
+    }
+    glDisable(GL_TEXTURE_2D);
+    glEnable(GL_CULL_FACE);
+    glDisable(GL_ALPHA_TEST);
+    glEndList();
 }
 
 bool sTrack::check(float x1, float z1, float x2, float z2) {
+    const float tiny = 0.000001f;
     float dx = x2 - x1;
-    if (dx == 0) dx = 0.000001f;
+    if (dx == 0) dx = tiny;
     float a1 = (z2 - z1) / dx;
     float b1 = z1 - a1 * x1;
-    float lo1 = x1 < x2 ? x1 : x2, hi1 = x1 < x2 ? x2 : x1;
+    float xmin = x1 < x2 ? x1 : x2, xmax = x1 < x2 ? x2 : x1;
+    const unsigned int n = nLRpoints < TRACK_MAXPOINTS ? nLRpoints : TRACK_MAXPOINTS;
+
     auto crosses = [&](const sTrackPoint& P, const sTrackPoint& Q) {
         float ddx = Q.x - P.x;
-        if (ddx == 0) ddx = 0.000001f;
+        if (ddx == 0) ddx = tiny;
         float a2 = (Q.z - P.z) / ddx;
         float b2 = P.z - a2 * P.x;
-        if (a2 == a1) return false;
+        if (a2 == a1) return false;  // parallel
         float x12 = (b2 - b1) / (a1 - a2);
-        float lo2 = P.x < Q.x ? P.x : Q.x, hi2 = P.x < Q.x ? Q.x : P.x;
-        return lo2 <= x12 && x12 <= hi2 && lo1 <= x12 && x12 <= hi1;
+        float pmin = P.x < Q.x ? P.x : Q.x, pmax = P.x < Q.x ? Q.x : P.x;
+        return pmin <= x12 && x12 <= pmax && xmin <= x12 && x12 <= xmax;
     };
-    unsigned int n = nLRpoints < TRACK_MAXPOINTS ? nLRpoints : TRACK_MAXPOINTS - 1;
+
     for (unsigned int i = 0; i < n; i++) {
         unsigned int j = (i + 1) % n;
         if (crosses(Lpoint[i], Lpoint[j])) {
@@ -157,4 +606,184 @@ bool sTrack::check(float x1, float z1, float x2, float z2) {
         }
     }
     return false;
+}
+
+void sTrack::isinview() {
+    const unsigned int nobjects = nMiscobjects < TRACK_MAXOBJECTS ? nMiscobjects : TRACK_MAXOBJECTS;
+    const unsigned int ncentre = nCpoints < TRACK_MAXPOINTS ? nCpoints : TRACK_MAXPOINTS;
+    const unsigned int n = nLRpoints < TRACK_MAXPOINTS ? nLRpoints : TRACK_MAXPOINTS;
+    for (unsigned int i = 0; i < nobjects; i++) inviewMiscObject[i] = visible(miscobject[i].x, 0.5f, miscobject[i].z);
+    for (unsigned int i = 0; i < ncentre; i++) inviewCpoint[i] = visible(Cpoint[i].x, 0.6f, Cpoint[i].z);
+    // A barrier segment shows when either of its ends does.
+    for (unsigned int i = 0; i < n; i++) {
+        unsigned int j = (i + 1) % n;
+        inviewLpoint[i] = visible(Lpoint[i].x, barrier_height, Lpoint[i].z) ||
+                          visible(Lpoint[j].x, barrier_height, Lpoint[j].z);
+        inviewRpoint[i] = visible(Rpoint[i].x, barrier_height, Rpoint[i].z) ||
+                          visible(Rpoint[j].x, barrier_height, Rpoint[j].z);
+    }
+}
+
+void sTrack::drawObjects() {
+    const unsigned int nobjects = nMiscobjects < TRACK_MAXOBJECTS ? nMiscobjects : TRACK_MAXOBJECTS;
+    const unsigned int ncentre = nCpoints < TRACK_MAXPOINTS ? nCpoints : TRACK_MAXPOINTS;
+    const unsigned int n = nLRpoints < TRACK_MAXPOINTS ? nLRpoints : TRACK_MAXPOINTS;
+    const float h = barrier_height, w = barrier_width;
+
+    glColor3f(1, 1, 1);
+    glPushMatrix();
+    glTranslatef(trackscale * 218, 0, 2.5f);
+    finish3DS.drawlist();
+    glPopMatrix();
+
+    // A TV camera on its stand at every centre point; the stands are turned
+    // by a fixed scatter, the heads aim wherever the shadow pass last aimed them.
+    for (unsigned int i = 0; i < ncentre; i++) {
+        if (!inviewCpoint[i]) continue;
+        glPushMatrix();
+        glTranslatef(Cpoint[i].x, 0, Cpoint[i].z);
+        glPushMatrix();
+        glRotatef((float)(i * 76), 0, 1, 0);
+        camerastand3DS.drawlist();
+        glPopMatrix();
+        glTranslatef(0, 1.2f, 0);
+        glRotatef(camera_ay[i], 0, 1, 0);
+        glRotatef(camera_ax[i], 1, 0, 0);
+        camera3DS.drawlist();
+        glPopMatrix();
+    }
+
+    glEnable(GL_TEXTURE_2D);
+
+    // Barriers, one texture at a time: the face towards the road, the face
+    // away from it (a barrier width further out) and the top.
+    auto corner = [](const sTrackPoint& p, float y, float s, float t) {
+        glTexCoord2f(s, t);
+        glVertex3f(p.x, y, p.z);
+    };
+    for (int face = 0; face < 3; face++) {
+        glBindTexture(GL_TEXTURE_2D, face == 0 ? frontTexture : face == 1 ? backTexture : topTexture);
+        glBegin(GL_QUADS);
+        for (unsigned int i = 0; i < n; i++) {
+            unsigned int j = (i + 1) % n;
+            if (inviewLpoint[i]) {
+                const sTrackPoint &A = Lpoint[i], &B = Lpoint[j], &NA = LNpoint[i], &NB = LNpoint[j];
+                sTrackPoint A2 = outwards(A, NA, w), B2 = outwards(B, NB, w);
+                float si = LTcoord[i], sj = LTcoord[i + 1];
+                if (face == 0) {
+                    glNormal3f(NA.x, 0, NA.z);
+                    corner(A, h, si, 1);
+                    corner(A, 0, si, 0);
+                    glNormal3f(NB.x, 0, NB.z);
+                    corner(B, 0, sj, 0);
+                    corner(B, h, sj, 1);
+                } else if (face == 1) {
+                    glNormal3f(-NA.x, 0, -NA.z);
+                    corner(A2, 0, si, 0);
+                    corner(A2, h, si, 1);
+                    glNormal3f(-NB.x, 0, -NB.z);
+                    corner(B2, h, sj, 1);
+                    corner(B2, 0, sj, 0);
+                } else {
+                    glNormal3f(0, 1, 0);
+                    corner(A2, h, si, 0);
+                    corner(A, h, si, 1);
+                    corner(B, h, sj, 1);
+                    corner(B2, h, sj, 0);
+                }
+            }
+            if (inviewRpoint[i]) {
+                // The right barrier faces the road from the other side: same
+                // faces, vertices the other way round.
+                const sTrackPoint &A = Rpoint[i], &B = Rpoint[j], &NA = RNpoint[i], &NB = RNpoint[j];
+                sTrackPoint A2 = outwards(A, NA, w), B2 = outwards(B, NB, w);
+                float si = RTcoord[i], sj = RTcoord[i + 1];
+                if (face == 0) {
+                    glNormal3f(NB.x, 0, NB.z);
+                    corner(B, h, sj, 1);
+                    corner(B, 0, sj, 0);
+                    glNormal3f(NA.x, 0, NA.z);
+                    corner(A, 0, si, 0);
+                    corner(A, h, si, 1);
+                } else if (face == 1) {
+                    glNormal3f(-NB.x, 0, -NB.z);
+                    corner(B2, 0, sj, 0);
+                    corner(B2, h, sj, 1);
+                    glNormal3f(-NA.x, 0, -NA.z);
+                    corner(A2, h, si, 1);
+                    corner(A2, 0, si, 0);
+                } else {
+                    glNormal3f(0, 1, 0);
+                    corner(A, h, si, 1);
+                    corner(A2, h, si, 0);
+                    corner(B2, h, sj, 0);
+                    corner(B, h, sj, 1);
+                }
+            }
+        }
+        glEnd();
+    }
+
+    for (unsigned int i = 0; i < nobjects; i++) {
+        if (!inviewMiscObject[i]) continue;
+        unsigned int type = typeMiscobject[i];
+        if (type >= TRACK_NOBJECTTYPES || !miscobjectPTR[type]) continue;
+        if (type == TRACK_PLANT) {
+            // Plants are pictures on a single panel, always turned to face the eye.
+            glEnable(GL_ALPHA_TEST);
+            glDisable(GL_LIGHTING);
+            glEnable(GL_TEXTURE_2D);
+            glBindTexture(GL_TEXTURE_2D, natureTexture[i % N_TREES]);
+            glPushMatrix();
+            glTranslatef(miscobject[i].x, 0, miscobject[i].z);
+            glRotatef(camera.ay, 0, 1, 0);
+            miscobjectPTR[TRACK_PLANT]->drawlist();
+            glPopMatrix();
+            glEnable(GL_LIGHTING);
+            glDisable(GL_ALPHA_TEST);
+            continue;
+        }
+        if (type == TRACK_ADBOARD && nAds == 0) continue;  // no advertisement to put on the board
+        glPushMatrix();
+        glTranslatef(miscobject[i].x, 0, miscobject[i].z);
+        glRotatef((float)(i * 35), 0, 1, 0);
+        miscobjectPTR[type]->drawlist();
+        if (type == TRACK_ADBOARD) {
+            unsigned int ads = nAds < TRACK_MAXADS ? nAds : TRACK_MAXADS;
+            glEnable(GL_TEXTURE_2D);
+            glBindTexture(GL_TEXTURE_2D, adTexture[i % ads]);
+            adboard3DS.drawlist();
+            glDisable(GL_TEXTURE_2D);
+        }
+        glPopMatrix();
+    }
+
+    glCallList(LIST_fences);
+}
+
+void sTrack::free() {
+    if (LIST_ground && glIsList(LIST_ground)) glDeleteLists(LIST_ground, 1);
+    if (LIST_fences && glIsList(LIST_fences)) glDeleteLists(LIST_fences, 1);
+    LIST_ground = LIST_fences = 0;
+
+    unsigned int* textures[] = {&dirtTexture[0], &dirtTexture[1], &dirtTexture[2], &dirtTexture[3],
+                                &roadTexture[0], &fenceTexture,   &grassTexture,   &frontTexture,
+                                &backTexture,    &topTexture,     &CshadowmapTexture, &natureTexture[0],
+                                &natureTexture[1], &natureTexture[2], &natureTexture[3], &natureTexture[4],
+                                &poleTexture,    &finishTexture};
+    for (unsigned int* t : textures) {
+        if (*t) freeTexture(t);
+        *t = 0;
+    }
+    unsigned int ads = nAds < TRACK_MAXADS ? nAds : TRACK_MAXADS;
+    for (unsigned int i = 0; i < ads; i++) {
+        if (adTexture[i]) freeTexture(&adTexture[i]);
+        adTexture[i] = 0;
+    }
+    nAds = 0;
+
+    s3DS* models[] = {&finish3DS,  &camera3DS,     &camerastand3DS, &adboard3DS, &barrel3DS, &barrelt3DS,
+                      &container3DS, &barrel23DS,  &barrel2t3DS,    &nature3DS,  &container23DS, &ad3DS,
+                      &sign13DS,   &sign23DS,      &sign33DS,       &sign43DS};
+    for (s3DS* m : models) m->free();
 }

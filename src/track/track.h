@@ -1,33 +1,88 @@
-// Stand-in for the track module: only the fields, barrier test and file reading the karts need.
 #ifndef BV_TRACK_TRACK_H
 #define BV_TRACK_TRACK_H
+
+// The circuit: the list of tracks on disk, the track-independent textures and
+// roadside models, one track's points and objects read from its file, the
+// geometry and display lists built from them, barrier collision, and drawing.
+
+#include "assets/3ds.h"
+
+const unsigned int N_DIRTS = 4;
+const unsigned int N_ROADS = 1;
+const unsigned int N_TREES = 5;
+
+// Capacities of the record. A file asking for more is read up to the limit.
+const unsigned int TRACK_MAXPOINTS = 999;
+const unsigned int TRACK_MAXOBJECTS = 256;
+const unsigned int TRACK_MAXNAMES = 99;
+const unsigned int TRACK_MAXADS = 99;
+const unsigned int TRACK_NAMELENGTH = 32;
+// Roadside object types run from 0 to this - 1.
+const unsigned int TRACK_NOBJECTTYPES = 12;
+const unsigned int TRACK_PLANT = 5;
+const unsigned int TRACK_ADBOARD = 7;
 
 struct sTrackPoint {
     float x, z;
 };
 
-// Room for 998 pairs: the closing copy of pair 0 goes after the last one.
-const unsigned int TRACK_MAXPOINTS = 999;
-const unsigned int TRACK_MAXTRACKS = 99;
-
 struct sTrack {
+    s3DS finish3DS, camera3DS, camerastand3DS, adboard3DS, barrel3DS, barrelt3DS, container3DS, barrel23DS,
+        barrel2t3DS, nature3DS, container23DS, ad3DS, sign13DS, sign23DS, sign33DS, sign43DS;
+    unsigned int dirtTexture[N_DIRTS];
+    unsigned int roadTexture[N_ROADS];
+    unsigned int fenceTexture, grassTexture, frontTexture, backTexture, topTexture, CshadowmapTexture;
+    unsigned int natureTexture[N_TREES];
+    unsigned int poleTexture, finishTexture;
+    unsigned int adTexture[TRACK_MAXADS];
     unsigned int nLRpoints;
     unsigned int nCpoints;
     unsigned int ntracks;
+    unsigned int nAds;
     unsigned int lasthit;
     unsigned int whichDirt;
     unsigned int whichRoad;
     bool lasthitL;
-    char trackname[TRACK_MAXTRACKS][32];
-    sTrackPoint Lpoint[TRACK_MAXPOINTS], Rpoint[TRACK_MAXPOINTS];
-    sTrackPoint LNpoint[TRACK_MAXPOINTS], RNpoint[TRACK_MAXPOINTS];
+    char trackname[TRACK_MAXNAMES][TRACK_NAMELENGTH];
+    // The barrier arrays have one entry more than a track may have pairs: the
+    // closed lines repeat pair 0 after the last pair.
+    sTrackPoint Lpoint[TRACK_MAXPOINTS + 1], Rpoint[TRACK_MAXPOINTS + 1];
+    sTrackPoint LNpoint[TRACK_MAXPOINTS + 1], RNpoint[TRACK_MAXPOINTS + 1];
     sTrackPoint Cpoint[TRACK_MAXPOINTS];
+    float LTcoord[TRACK_MAXPOINTS + 1], RTcoord[TRACK_MAXPOINTS + 1];
+    float camera_ax[TRACK_MAXPOINTS], camera_ay[TRACK_MAXPOINTS];
     float trackscale;
+    float barrier_width, barrier_height;
     float fogdensity;
+    bool inviewLpoint[TRACK_MAXPOINTS], inviewRpoint[TRACK_MAXPOINTS], inviewCpoint[TRACK_MAXPOINTS],
+        doCshadowmap[TRACK_MAXPOINTS];
+    bool inviewMiscObject[TRACK_MAXOBJECTS];
+    unsigned int nMiscobjects;
+    unsigned int typeMiscobject[TRACK_MAXOBJECTS];
+    sTrackPoint miscobject[TRACK_MAXOBJECTS];
+    s3DS* miscobjectPTR[TRACK_MAXOBJECTS];
+    unsigned int LIST_ground, LIST_fences;
 
+    // Once per run: the track list, and the textures and models all tracks share.
     void init(float trackscale);
+    // Reads Data/Tracks/<trackname[config.track]>.txt and builds what is drawn of it.
     void load();
+    // Whether the segment crosses a barrier; lasthit and lasthitL say which one.
     bool check(float x1, float z1, float x2, float z2);
+    // Which objects, centre points and barrier segments the camera sees this frame.
+    void isinview();
+    // Gantry, TV cameras, barriers, roadside objects and fences.
+    void drawObjects();
+    // Gives back what init and load made.
+    void free();
+
+private:
+    // Load's second half: closing, separating, normals and texture coordinates,
+    // then the ground and fence lists.
+    void buildGeometry();
+    void buildGround();
+    void buildFences();
+    void finishLine(sTrackPoint& a, sTrackPoint& b, sTrackPoint& dir) const;
 };
 
 extern sTrack track;
