@@ -5,12 +5,15 @@
 #include <cstring>
 #include <string>
 
+#include <GL/gl.h>
+
 #include "assets/texture.h"
 #include "scene/camera.h"
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 #include "shell/joystick.h"
 #include "shell/mouse.h"
+#include "shell/main.h"
 #include "shell/performance.h"
 #include "track/track.h"
 
@@ -623,4 +626,218 @@ void sGokart::think() {
         sw_ay -= 180;
 
     if (ups >= -0.1f && s.topspeed / 100 * (float)config.aiguts[level] > ups) kUP = true;
+}
+
+// ---- Seeing and drawing a kart ----
+
+void sGokart::isinview() {
+    float x = px - sinf(ay / 57.3f) * gokartstaticdata.chasisfront / 2;
+    float z = pz - cosf(ay / 57.3f) * gokartstaticdata.chasisfront / 2;
+    inviewDist = camera.isinview(x, 0.2f, z);
+    inviewG = inviewDist > 0 && inviewDist < config.LOrange[config.lod];
+}
+
+// Poses one arm so that its hand holds the rim of the turned steering wheel:
+// side is -1 for the left arm, +1 for the right one.
+static void solvearm(float sw, float side, float U, float L, float& uax, float& uay, float& dax, float& day,
+                     float& dpx, float& dpy, float& dpz) {
+    const float k = 57.29577951f;
+    float theta = sw * 1.8f / 57.3f;
+    float phi = -50 / 57.3f;
+    float gx = side * 0.133f * cosf(theta) - 0.065f * sinf(theta);
+    float gy = side * 0.133f * sinf(theta) + 0.065f * cosf(theta);
+    float hx = gx;
+    float hy = -0.033f * sinf(phi) + gy * cosf(phi) + 0.4f;
+    float hz = 0.033f * cosf(phi) + gy * sinf(phi) - 0.85f;
+    float sx = side * 0.175f, sy = 0.5f, sz = -0.35f;
+    float dx = sx - hx, dz = sz - hz;
+    float dh = sqrtf(dx * dx + dz * dz);
+    // A grip beyond the arm's reach would give acos a value past +-1.
+    float c = (U * U + dh * dh - L * L) / (2 * U * dh);
+    if (c > 1) c = 1;
+    if (c < -1) c = -1;
+    float bend = acosf(c) * 57.3f;
+    uay = (side < 0 ? bend : -bend) + (dz >= 0 ? 0 : 180) + atanf(dx / dz) * 57.3f;
+    float cz = cosf(uay / 57.3f) * dz;
+    uax = (cz >= 0 ? 0 : 180) - atanf((sy - hy) / cz) * 57.3f;
+    dpx = sx - sinf(uay / k) * U * cosf(uax / k);
+    dpy = sinf(uax / k) * U + sy;
+    dpz = sz - cosf(uay / k) * U * cosf(uax / k);
+    float ex = dpx - hx, ey = dpy - hy, ez = dpz - hz;
+    float de = sqrtf(ex * ex + ez * ez);
+    day = (ez >= 0 ? 0 : 180) + atanf(ex / ez) * k;
+    dax = (de >= 0 ? 0 : 180) - atanf(ey / de) * k;
+}
+
+namespace {
+
+// The three levels of detail of one part, chosen together for the whole kart.
+struct sPartSet {
+    s3DS *plastic, *body, *chasis, *frontwheel, *rearwheel, *pedal, *foot, *head, *armu, *armd, *steeringwheel;
+};
+
+sPartSet partset(float d) {
+    sGokartStaticData& s = gokartstaticdata;
+    if (d < config.HIrange[config.lod])
+        return {&s.HIplastic3DS, &s.HIbody3DS, &s.HIchasis3DS, &s.HIfrontwheel3DS, &s.HIrearwheel3DS, &s.HIpedal3DS,
+                &s.HIfoot3DS,    &s.HIhead3DS, &s.HIarmu3DS,   &s.HIarmd3DS,       &s.HIsteeringwheel3DS};
+    if (d < config.MErange[config.lod])
+        return {&s.MEplastic3DS, &s.MEbody3DS, &s.MEchasis3DS, &s.MEfrontwheel3DS, &s.MErearwheel3DS, &s.MEpedal3DS,
+                &s.MEfoot3DS,    &s.MEhead3DS, &s.MEarmu3DS,   &s.MEarmd3DS,       &s.MEsteeringwheel3DS};
+    return {&s.LOplastic3DS, &s.LObody3DS, &s.LOchasis3DS, &s.LOfrontwheel3DS, &s.LOrearwheel3DS, &s.LOpedal3DS,
+            &s.LOfoot3DS,    &s.LOhead3DS, &s.LOarmu3DS,   &s.LOarmd3DS,       &s.LOsteeringwheel3DS};
+}
+
+void drawarm(s3DS* upper, s3DS* fore, float sx, float uay, float uax, float dpx, float dpy, float dpz, float day,
+             float dax) {
+    glPushMatrix();
+    glTranslatef(sx, 0.5f, -0.35f);
+    glRotatef(uay, 0, 1, 0);
+    glRotatef(uax, 1, 0, 0);
+    upper->drawlist();
+    glPopMatrix();
+    glPushMatrix();
+    glTranslatef(dpx, dpy, dpz);
+    glRotatef(day, 0, 1, 0);
+    glRotatef(dax, 1, 0, 0);
+    fore->drawlist();
+    glPopMatrix();
+}
+
+}  // namespace
+
+void sGokart::draw() {
+    if (!inviewG) return;
+    const sGokartStaticData& s = gokartstaticdata;
+    sPartSet part = partset(inviewDist);
+    // The driver never sees his own helmet or the wheels behind him.
+    bool ownview = ID == config.gokartfocus && camera.mode == CAMERA_DRIVER;
+
+    glPushMatrix();
+    glTranslatef(px, s.wheelradius, pz);
+    glRotatef(ay, 0, 1, 0);
+
+    glColor3ub(R, G, B);
+    part.plastic->drawlist();
+    glColor3f(1, 1, 1);
+    part.body->drawlist();
+
+    glPushMatrix();
+    glTranslatef(-0.15f, 0.05f, -1.12f);
+    glRotatef(-pedal_down / 1.25f - 25, 1, 0, 0);
+    part.foot->drawlist();
+    glPopMatrix();
+    glPushMatrix();
+    glTranslatef(0.15f, 0.05f, -1.12f);
+    glRotatef(-pedal_up / 1.25f - 25, 1, 0, 0);
+    part.foot->drawlist();
+    glPopMatrix();
+
+    glColor3f(1, 1, 1);
+    if (!ownview) {
+        glPushMatrix();
+        glTranslatef(0, 0.55f, -0.37f);
+        glRotatef(sw_ay / 2, 0, 1, 0);
+        glRotatef(head_viewax + head_ax, 1, 0, 0);
+        if (config.CHEAT_0bighead) glScalef(2, 2, 2);
+        if (config.CHEAT_0toviksface) {
+            glEnable(GL_TEXTURE_2D);
+            glBindTexture(GL_TEXTURE_2D, s.myfaceTexture);
+            part.head->draw(false, false, &gokartstaticdata.LOhead3DS);
+            glDisable(GL_TEXTURE_2D);
+        } else {
+            part.head->drawlist();
+        }
+        glPopMatrix();
+    }
+
+    float U = s.overarmslaengde, L = s.underarmslaengde;
+    solvearm(sw_ay, -1, U, L, larmuax, larmuay, larmdax, larmday, larmdpx, larmdpy, larmdpz);
+    solvearm(sw_ay, +1, U, L, rarmuax, rarmuay, rarmdax, rarmday, rarmdpx, rarmdpy, rarmdpz);
+    drawarm(part.armu, part.armd, -0.175f, larmuay, larmuax, larmdpx, larmdpy, larmdpz, larmday, larmdax);
+    drawarm(part.armu, part.armd, 0.175f, rarmuay, rarmuax, rarmdpx, rarmdpy, rarmdpz, rarmday, rarmdax);
+
+    glColor3f(1, 1, 1);
+    part.chasis->drawlist();
+
+    glPushMatrix();
+    glTranslatef(-s.wheeltrack, 0, -s.wheelbase);
+    glRotatef(lfw_ay, 0, 1, 0);
+    glRotatef(-lfw_ax, 1, 0, 0);
+    part.frontwheel->drawlist();
+    glPopMatrix();
+    glPushMatrix();
+    glTranslatef(s.wheeltrack, 0, -s.wheelbase);
+    glRotatef(180, 0, 1, 0);
+    glRotatef(rfw_ay, 0, 1, 0);
+    glRotatef(rfw_ax, 1, 0, 0);
+    part.frontwheel->drawlist();
+    glPopMatrix();
+
+    glPushMatrix();
+    glTranslatef(-0.15f, 0, -1.2f);
+    glRotatef(-pedal_down, 1, 0, 0);
+    part.pedal->drawlist();
+    glPopMatrix();
+    glPushMatrix();
+    glTranslatef(0.15f, 0, -1.2f);
+    glRotatef(-pedal_up, 1, 0, 0);
+    part.pedal->drawlist();
+    glPopMatrix();
+
+    if (!ownview) {
+        glPushMatrix();
+        glTranslatef(-s.wheeltrack, 0, 0);
+        glRotatef(-lrw_ax, 1, 0, 0);
+        part.rearwheel->drawlist();
+        glPopMatrix();
+        glPushMatrix();
+        glTranslatef(s.wheeltrack, 0, 0);
+        glRotatef(180, 0, 1, 0);
+        glRotatef(rrw_ax, 1, 0, 0);
+        part.rearwheel->drawlist();
+        glPopMatrix();
+    }
+
+    glPushMatrix();
+    glTranslatef(0, 0.4f, -0.85f);
+    glRotatef(-50, 1, 0, 0);
+    glRotatef(sw_ay * 1.8f, 0, 0, 1);
+    part.steeringwheel->drawlist();
+    glPopMatrix();
+
+    glPopMatrix();
+}
+
+void sGokart::drawhud() {
+    const float h = 0.09049479f;
+    resizeGLwindow2D(1.33f, 1.0f);
+    glPushMatrix();
+    glTranslatef(1.23f, 0.1f, 0);
+    glEnable(GL_TEXTURE_2D);
+    glBindTexture(GL_TEXTURE_2D, gokartstaticdata.hudTexture);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    auto quad = [h]() {
+        glColor4f(1, 1, 1, 0.9f);
+        glBegin(GL_QUADS);
+        glTexCoord2f(0, 1);
+        glVertex2f(-h, h);
+        glTexCoord2f(0, 0);
+        glVertex2f(-h, -h);
+        glTexCoord2f(1, 0);
+        glVertex2f(h, -h);
+        glTexCoord2f(1, 1);
+        glVertex2f(h, h);
+        glEnd();
+    };
+    quad();
+    // The needle turns clockwise, 320 degrees at 25 units per second, and the
+    // same way whichever way the kart rolls.
+    glRotatef(-fabsf(ups) / 25.0f * 320.0f, 0, 0, 1);
+    glBindTexture(GL_TEXTURE_2D, gokartstaticdata.needleTexture);
+    quad();
+    glDisable(GL_BLEND);
+    glDisable(GL_TEXTURE_2D);
+    glPopMatrix();
 }

@@ -110,6 +110,9 @@ struct sGokart {
     unsigned char colgokart(float x1, float z1, float x2, float z2);
     unsigned int getcheckpoint();
     void think();
+    void isinview();
+    void draw();
+    void drawhud();
     void free();
 };
 
