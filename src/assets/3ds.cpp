@@ -8,6 +8,7 @@
 #include <string>
 
 #include "assets/texture.h"
+#include "scene/shader.h"
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 
@@ -563,4 +564,63 @@ void s3DS::free() {
         Texture[i] = 0;
     }
     Free3DModel(&g_3DModel);
+}
+
+tVector3 shadowplace(tVector3 v, float x, float y, float z, float ax, float ay, float az, unsigned int first,
+                     unsigned int second, unsigned int third) {
+    float p = v.x, q = v.y, r = v.z;
+    const unsigned int steps[3] = {first, second, third};
+    for (unsigned int step : steps) {
+        if (step == 0) {
+            float c = cosf(ax / 57.3f), s = sinf(ax / 57.3f);
+            float r2 = c * r + s * q;
+            q = s * r - c * q;
+            r = r2;
+        } else if (step == 1) {
+            float c = cosf(ay / 57.3f), s = sinf(ay / 57.3f);
+            float p2 = s * q - c * p;
+            q = c * q + s * p;
+            p = p2;
+        } else if (step == 2) {
+            float c = cosf(az / 57.3f), s = sinf(az / 57.3f);
+            float p2 = c * p - s * r;
+            r = c * r + s * p;
+            p = p2;
+        }
+    }
+    return {p + x, r + y, q + z};
+}
+
+void s3DS::castshadow(float groundy, float lx, float ly, float lz, float x, float y, float z, float ax, float ay,
+                      float az, unsigned int first, unsigned int second, unsigned int third) {
+    for (int o = 0; o < g_3DModel.numOfObjects; o++) {
+        const t3DObject& object = g_3DModel.pObject[o];
+        for (int f = 0; f < object.numOfFaces; f++) {
+            tVector3 w[3];
+            for (int k = 0; k < 3; k++)
+                w[k] = shadowplace(object.pVerts[object.pFaces[f].vertIndex[k]], x, y, z, ax, ay, az, first, second,
+                                   third);
+            ::castShadow(w[0].x, w[0].y, w[0].z, w[1].x, w[1].y, w[1].z, w[2].x, w[2].y, w[2].z, groundy, lx, ly, lz);
+        }
+    }
+}
+
+void s3DS::castshadowmask(float groundy, float lx, float ly, float lz, float x, float y, float z, float ax, float ay,
+                          float az, unsigned int first, unsigned int second, unsigned int third) {
+    for (int o = 0; o < g_3DModel.numOfObjects; o++) {
+        const t3DObject& object = g_3DModel.pObject[o];
+        bool textured = object.bHasTexture && object.pTexVerts;
+        for (int f = 0; f < object.numOfFaces; f++) {
+            tVector3 w[3];
+            tVector2 st[3];
+            for (int k = 0; k < 3; k++) {
+                int index = object.pFaces[f].vertIndex[k];
+                w[k] = shadowplace(object.pVerts[index], x, y, z, ax, ay, az, first, second, third);
+                // An object without a picture has no coordinates to give.
+                st[k] = textured && index < object.numTexVertex ? object.pTexVerts[index] : tVector2{0, 0};
+            }
+            ::castShadowMask(w[0].x, w[0].y, w[0].z, st[0].x, st[0].y, w[1].x, w[1].y, w[1].z, st[1].x, st[1].y,
+                             w[2].x, w[2].y, w[2].z, st[2].x, st[2].y, groundy, lx, ly, lz);
+        }
+    }
 }

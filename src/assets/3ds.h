@@ -163,6 +163,23 @@ struct s3DS {
     void initlistExtTextures(bool bindcolors, bool bindtextures, s3DS* texowner);
     void drawlist();
     void free();
+
+    // The model's shadow on y = groundy from the light (lx, ly, lz): each
+    // vertex goes through the steps first, second and third (0 about x by ax,
+    // 1 about the vertical by ay, 2 about z by az, 3 none), then moves by
+    // (x, y, z). Steps 0 and 1 also mirror one axis: a model turned by a for
+    // drawing casts right with step 1 by a + 180. castshadow marks the
+    // stencil; castshadowmask draws the shadow with the model's own texture
+    // coordinates.
+    void castshadow(float groundy, float lx, float ly, float lz, float x, float y, float z, float ax, float ay,
+                    float az, unsigned int first, unsigned int second, unsigned int third);
+    void castshadowmask(float groundy, float lx, float ly, float lz, float x, float y, float z, float ax, float ay,
+                        float az, unsigned int first, unsigned int second, unsigned int third);
 };
+
+// Where castshadow puts one model vertex (p, q, r as stored: r is the height)
+// in the world, as (x, y, z).
+tVector3 shadowplace(tVector3 v, float x, float y, float z, float ax, float ay, float az, unsigned int first,
+                     unsigned int second, unsigned int third);
 
 #endif

@@ -1,0 +1,30 @@
+#ifndef BV_SCENE_SHADER_H
+#define BV_SCENE_SHADER_H
+
+// Planar shadows: triangles projected from the point light onto a level
+// ground plane, either into the stencil buffer (the ground list then draws
+// the marked area darker) or as textured triangles lying on the ground.
+
+// Where the scene's light 0 stands in the world; shadows and the sun are cast from it.
+extern float LightPosition[4];
+
+// Where the light (lx, ly, lz) throws the point (x, y, z) on y = groundy;
+// only x and z change. A point as high as the light goes off to infinity.
+void shadowpoint(float& x, float y, float& z, float groundy, float lx, float ly, float lz);
+
+// One triangle's shadow on y = groundy, written into the stencil buffer only.
+void castShadow(float x1, float y1, float z1, float x2, float y2, float z2, float x3, float y3, float z3,
+                float groundy, float lx, float ly, float lz);
+
+// One triangle projected onto y = groundy and drawn with the given texture
+// coordinates; the caller chooses texture, colour and blending.
+void castShadowMask(float x1, float y1, float z1, float s1, float t1, float x2, float y2, float z2, float s2,
+                    float t2, float x3, float y3, float z3, float s3, float t3, float groundy, float lx, float ly,
+                    float lz);
+
+// The sides of the volume a triangle shadows, reaching twice as far from the
+// light as the triangle itself. Nothing draws shadow volumes any more.
+void castVolumetricShadow(float x1, float y1, float z1, float x2, float y2, float z2, float x3, float y3, float z3,
+                          float ignored, float lx, float ly, float lz);
+
+#endif
