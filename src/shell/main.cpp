@@ -12,6 +12,7 @@
 #include "audio/fsound.h"
 #include "frontend/menu.h"
 #include "scene/camera.h"
+#include "scene/lensflare.h"
 #include "scene/scene.h"
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
@@ -220,6 +221,7 @@ void startup() {
     fontTGA.init("Arial", 0.75f);
     menu.init();
     track.init(0.125f);
+    lensflare.init();
     initScene();
     freeTexture(&splash_t);
     freeTexture(&splash_0);
@@ -289,6 +291,7 @@ unsigned long mainloop() {
 void shutdown() {
     performance.logResults();
     killScene();
+    lensflare.free();
     menu.free();
     fontFNT.free();
     fontTGA.free();

@@ -1,0 +1,65 @@
+#ifndef BV_TESTS_EFFECTS_FIXTURES_H
+#define BV_TESTS_EFFECTS_FIXTURES_H
+
+// Shared by the shadow, skid-mark and lens-flare tests: the generated kart
+// content made available to a scratch directory, and pictures kept for a
+// person to look at.
+
+#include <GL/gl.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "shell/bvconfig.h"
+#include "support/bvtest.h"
+
+namespace effects {
+
+namespace fs = std::filesystem;
+
+// The game's own models and pictures, as the build generated them, seen from
+// the scratch directory's Data/ (which stays ours to write in).
+inline bool linkGameContent() {
+    fs::path game = fs::path(BV_GAME_DIR) / "Data";
+    if (!fs::exists(game / "Models") || !fs::exists(game / "Textures")) return false;
+    fs::create_directories("Data");
+    for (const char* d : {"Models", "Textures", "Sounds", "Tracks", "Ads"})
+        if (fs::exists(game / d) && !fs::exists(fs::path("Data") / d))
+            fs::create_directory_symlink(game / d, fs::path("Data") / d);
+    return true;
+}
+
+// The whole back buffer, RGB rows from the bottom.
+inline std::vector<unsigned char> frame() {
+    std::vector<unsigned char> p(config.width * config.height * 3);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, config.width, config.height, GL_RGB, GL_UNSIGNED_BYTE, p.data());
+    return p;
+}
+
+// Keeps what the test saw, as TGA, beside the other tests' pictures.
+inline void keepShot(const std::string& name) {
+    std::vector<unsigned char> p = frame();
+    for (size_t i = 0; i < p.size(); i += 3) std::swap(p[i], p[i + 2]);
+    std::string dir = std::string(BV_GAME_DIR) + "/../tests/effects_shots";
+    fs::create_directories(dir);
+    bvtest::writeTGA(dir + "/" + name + ".tga", config.width, config.height, 24, p);
+}
+
+// Mean of the three colour channels over a square of pixels round (x, y).
+inline double brightnessAround(int x, int y, int r) {
+    double sum = 0;
+    int n = 0;
+    for (int dy = -r; dy <= r; dy++)
+        for (int dx = -r; dx <= r; dx++) {
+            bvtest::Pixel p = bvtest::readPixel(x + dx, y + dy);
+            sum += p.r + p.g + p.b;
+            n += 3;
+        }
+    return sum / n;
+}
+
+}  // namespace effects
+
+#endif
