@@ -112,6 +112,8 @@ struct sGokart {
     void think();
     void isinview();
     void draw();
+    // The skid marks of all four wheels.
+    void drawslides();
     void drawhud();
     void free();
 };
