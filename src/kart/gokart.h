@@ -112,6 +112,11 @@ struct sGokart {
     void think();
     void isinview();
     void draw();
+    // After isinview: the stencil shadow this kart's distance and the
+    // shadows setting allow, or doshadowmap when it must make do with the blob.
+    void castshadow();
+    // The blob under the chassis and the front wheels.
+    void drawshadowmap();
     // The skid marks of all four wheels.
     void drawslides();
     void drawhud();
