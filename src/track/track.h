@@ -73,6 +73,12 @@ struct sTrack {
     void isinview();
     // Gantry, TV cameras, barriers, roadside objects and fences.
     void drawObjects();
+    // After isinview: marks the stencil where the gantry, the objects, the
+    // barriers and (at the highest setting) the camera stands shade the
+    // ground, and turns the TV cameras towards the followed kart.
+    void castshadow();
+    // After the ground: the plants' shadows and the pictures under the camera stands.
+    void drawshadowmap();
     // Gives back what init and load made.
     void free();
 
