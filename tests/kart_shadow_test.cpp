@@ -459,3 +459,33 @@ TEST_F(KartShadow, TheGroundUnderAKartIsDarkerWithShadowsInARealFrame) {
     }
     track.free();
 }
+
+TEST_F(KartShadow, TheBlobIsDrawnWhetherTheKartIsSeenOrNot) {
+    sGokart& k = gokart[3];
+    pose(k, 45);
+    k.inviewG = false;
+    ASSERT_NE(gokartstaticdata.shadowmapTexture, 0u);
+    topView(k.px, k.pz, 3);
+    glClearColor(0.8f, 0.8f, 0.8f, 1);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+    const double before = effects::brightnessAround(W / 2, H / 2, 3);
+    k.drawshadowmap();
+    glFinish();
+    effects::keepShot("kart_blob");
+    // Under the middle of the chassis, half a metre ahead of the rear axle.
+    GLdouble mv[16], pr[16];
+    GLint vp[4];
+    glGetDoublev(GL_MODELVIEW_MATRIX, mv);
+    glGetDoublev(GL_PROJECTION_MATRIX, pr);
+    glGetIntegerv(GL_VIEWPORT, vp);
+    const float a = k.ay / 57.29577951f;
+    double x, y, z;
+    gluProject(k.px - sinf(a) * 0.6f, 0, k.pz - cosf(a) * 0.6f, mv, pr, vp, &x, &y, &z);
+    EXPECT_LT(effects::brightnessAround((int)x, (int)y, 2), before - 30);
+    // Well away from the kart the ground is as it was.
+    gluProject(k.px + 2, 0, k.pz + 2, mv, pr, vp, &x, &y, &z);
+    EXPECT_NEAR(effects::brightnessAround((int)x, (int)y, 2), before, 1);
+    EXPECT_TRUE(glIsEnabled(GL_DEPTH_TEST));
+    EXPECT_FALSE(glIsEnabled(GL_BLEND));
+    EXPECT_FALSE(glIsEnabled(GL_TEXTURE_2D));
+}

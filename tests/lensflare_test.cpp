@@ -304,3 +304,36 @@ TEST_F(Flare, EachFlareIsAClosedHexagon) {
     EXPECT_NEAR(tris[5][4], cx, 1e-3);
     EXPECT_NEAR(tris[5][5], top, 1e-3);
 }
+
+TEST_F(Flare, APictureWithTheGamesOwnSprites) {
+    // For a person to look at: the sun up and to the left, the flare
+    // strung out across the middle towards the lower right.
+    ASSERT_TRUE(effects::linkGameContent());
+    lensflare.init();
+    ASSERT_NE(lensflare.flareTexture[0], 0u);
+    glEnable(GL_CULL_FACE);
+    auto frame = [&]() {
+        clearAll();
+        lookAtSun();
+        // Eyes lower and to the right of the sun.
+        camera.ax -= 14;
+        camera.ay -= 20;
+        glLoadIdentity();
+        glRotatef(-camera.ax, 1, 0, 0);
+        glRotatef(-camera.ay, 0, 1, 0);
+        lensflare.calc();
+        lensflare.drawsun();
+        glLoadIdentity();
+        lensflare.draw();
+        glFinish();
+    };
+    for (int i = 0; i < 20; i++) frame();
+    effects::keepShot("lensflare_sprites");
+    EXPECT_LT(lensflare.sx, -0.2);
+    EXPECT_GT(lensflare.sy, 0.2);
+    EXPECT_GT(lensflare.brightness, 0.5f);
+    // The glow is brightest round the sun.
+    int sunx = (int)((lensflare.sx + 1) / 2 * W), suny = (int)((lensflare.sy + 1) / 2 * H);
+    EXPECT_GT(effects::brightnessAround(sunx, suny, 1), effects::brightnessAround(W - 3, 3, 1) + 20);
+    lensflare.free();
+}
