@@ -326,17 +326,16 @@ namespace {
 // One wheel's strip across the ground: how far forward of the rear axle, and
 // from where to where sideways (left is negative).
 struct sStrip {
-    sSlide sGokart::*ring;
     float f, rfrom, rto;
 };
 
 void strips(sStrip out[4]) {
     const sGokartStaticData& s = gokartstaticdata;
     const float F = s.chasisfront - s.wheelradius, t = s.wheeltrack;
-    out[0] = {nullptr, F, -(t + s.frontwheelwidth), -t};
-    out[1] = {nullptr, F, t, t + s.frontwheelwidth};
-    out[2] = {nullptr, 0, -(t + s.wheelwidth), -t};
-    out[3] = {nullptr, 0, t, t + s.wheelwidth};
+    out[0] = {F, -(t + s.frontwheelwidth), -t};
+    out[1] = {F, t, t + s.frontwheelwidth};
+    out[2] = {0, -(t + s.wheelwidth), -t};
+    out[3] = {0, t, t + s.wheelwidth};
 }
 
 void groundpoint(float px, float pz, float cosa, float sina, float f, float r, float& x, float& z) {
