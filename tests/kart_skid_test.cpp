@@ -248,3 +248,29 @@ TEST_F(Skid, MarksShowBehindAKartSteeredHardAtSpeed) {
     EXPECT_FALSE(glIsEnabled(GL_BLEND));
     EXPECT_FALSE(glIsEnabled(GL_TEXTURE_2D));
 }
+
+TEST_F(Skid, AMarkIsClosedNoSoonerThanASixtyFourthOfASecondLater) {
+    // At 200 frames a second the delay of 1 falls by 0.32 a frame: three
+    // frames leave it above zero, the fourth (1/50 second on) closes the mark.
+    performance.fps = 200;
+    slideFrame(50);
+    EXPECT_FALSE(k.newSlide);
+    for (int i = 0; i < 3; i++) {
+        sSlide before = k.lfSlide[0];
+        slideFrame(50);
+        EXPECT_FALSE(k.newSlide) << i;
+        EXPECT_EQ(k.CURRENTslide, 0u) << i;
+        EXPECT_EQ(memcmp(&before, &k.lfSlide[0], sizeof before), 0) << i;
+    }
+    slideFrame(50);
+    EXPECT_TRUE(k.newSlide);
+    EXPECT_EQ(k.CURRENTslide, 1u);
+    EXPECT_EQ(k.DELAYslide, 1.0f);
+    // At 30 frames a second every frame is past the delay.
+    performance.fps = 30;
+    slideFrame(50);
+    EXPECT_FALSE(k.newSlide);
+    slideFrame(50);
+    EXPECT_TRUE(k.newSlide);
+    EXPECT_EQ(k.CURRENTslide, 2u);
+}
