@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "assets/font.h"
 #include "frontend/highscore.h"
@@ -94,6 +95,46 @@ TEST_F(ScreenMenu, TheColourNameFollowsTheArrows) {
     mouse.lb = false;
     EXPECT_EQ(config.player1color, 1u);
     EXPECT_NE(block(0.5925f, 0.280292f), name0);
+}
+
+// The opponents shown are the karts of the race less the player's own: one
+// kart alone shows "0", drawn just as the text "0" is over the background.
+TEST_F(ScreenMenu, TheOpponentCountIsTheKartsLessOne) {
+    auto region = [] {
+        std::vector<int> v;
+        for (int y = 300; y < 325; y++)  // rows from the bottom, around y = 0.595
+            for (int x = 752; x < 806; x++) v.push_back(bvtest::readPixel(x, 768 - y).r);
+        return v;
+    };
+    auto reference = [&](const char* text) {
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        resizeGLwindow2D(1, 1);
+        glColor3f(1, 1, 1);
+        glEnable(GL_TEXTURE_2D);
+        glBindTexture(GL_TEXTURE_2D, menu.tgaMenu);
+        glBegin(GL_QUADS);
+        glTexCoord2f(0, 0);
+        glVertex2f(0, 0);
+        glTexCoord2f(1, 0);
+        glVertex2f(1, 0);
+        glTexCoord2f(1, 1);
+        glVertex2f(1, 1);
+        glTexCoord2f(0, 1);
+        glVertex2f(0, 1);
+        glEnd();
+        glDisable(GL_TEXTURE_2D);
+        fontTGA.out(0.75f, 0.595f, 1, 1, 1, FONT_ALIGN_CENTER, 0.025f, "%s", text);
+        glFinish();
+        return region();
+    };
+    config.ngokarts = 1;
+    frame();
+    std::vector<int> shown = region();
+    EXPECT_EQ(shown, reference("0"));
+    EXPECT_NE(shown, reference("1"));
+    config.ngokarts = 6;
+    frame();
+    EXPECT_EQ(region(), reference("5"));
 }
 
 }  // namespace
