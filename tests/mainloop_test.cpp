@@ -114,6 +114,8 @@ TEST_F(LoopTest, ResizeChangesTheSizeKeptInMemory) {
 
 TEST_F(LoopTest, GammaTwentyFiveBrightensEveryPixelByAQuarter) {
     config.gammacorrection = 25;
+    // The race-start frame is the one frame in which the menu draws nothing.
+    menu.m = MENU_RACESTART;
     drawGL();
     for (int x : {0, 160, 319})
         for (int y : {0, 120, 239}) {
@@ -123,6 +125,7 @@ TEST_F(LoopTest, GammaTwentyFiveBrightensEveryPixelByAQuarter) {
             EXPECT_NEAR(p.b, 64, 1);
         }
     config.gammacorrection = 0;
+    menu.m = MENU_RACESTART;
     drawGL();
     EXPECT_EQ(readPixel(160, 120).r, 0);
 }

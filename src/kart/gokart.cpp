@@ -8,6 +8,7 @@
 #include <GL/gl.h>
 
 #include "assets/texture.h"
+#include "frontend/highscore.h"
 #include "scene/camera.h"
 #include "scene/shader.h"
 #include "shell/blackbox.h"
@@ -409,7 +410,7 @@ void sGokart::move() {
         lapstart = bvclock();
         if (lap >= 2 && lap <= GOKART_NLAPTIMES) {
             laptime[lap - 1] = currentlaptime;
-            // The lap records hear of the lap here once they exist.
+            highscore.checkfornewrecord(ID);
         }
     }
     if (!aidriver && n > 0) {

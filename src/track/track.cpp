@@ -15,6 +15,8 @@
 #include "scene/scene.h"
 #include "scene/shader.h"
 #include "shell/blackbox.h"
+#include "frontend/highscore.h"
+#include "scene/ghost.h"
 #include "shell/bvconfig.h"
 
 namespace {
@@ -171,6 +173,8 @@ void sTrack::load() {
         report("Loading track : no such track");
         return;
     }
+    highscore.init();
+    ghost.init();
     std::string name = std::string("Data/Tracks/") + trackname[config.track] + ".txt";
     std::string path = std::string(config.PATH) + name;
     FILE* f = fopen(path.c_str(), "r");
@@ -764,6 +768,8 @@ void sTrack::drawObjects() {
 }
 
 void sTrack::free() {
+    highscore.save();
+    ghost.save();
     if (LIST_ground && glIsList(LIST_ground)) glDeleteLists(LIST_ground, 1);
     if (LIST_fences && glIsList(LIST_fences)) glDeleteLists(LIST_fences, 1);
     LIST_ground = LIST_fences = 0;

@@ -1,0 +1,83 @@
+#include "frontend/highscore.h"
+
+#include <GL/gl.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "assets/font.h"
+#include "kart/gokart.h"
+#include "scene/ghost.h"
+#include "shell/bvconfig.h"
+#include "shell/performance.h"
+#include "shell/safesave.h"
+#include "track/track.h"
+
+sHighscore highscore;
+
+static std::string recordfile() {
+    return std::string(config.PATH) + "Data/Highscore/" + track.trackname[config.track] + ".txt";
+}
+
+void sHighscore::init() {
+    thisnewrecorddelay = 0;
+    for (unsigned int i = 0; i < HIGHSCORE_N; i++) {
+        strcpy(laprecord_name[i], "nobody");
+        laprecord_time[i] = 99.0f;
+    }
+    FILE* f = fopen(recordfile().c_str(), "r");
+    if (!f) return;
+    for (unsigned int i = 0; i < HIGHSCORE_N && !feof(f); i++) {
+        // A name longer than the field would run over it; the width keeps it in.
+        if (fscanf(f, "%31s%f", laprecord_name[i], &laprecord_time[i]) != 2) {
+            // a short or damaged line keeps whatever was read of it
+        }
+    }
+    fclose(f);
+}
+
+void sHighscore::checkfornewrecord(unsigned int kart) {
+    float t = gokart[kart].currentlaptime;
+    unsigned int p = 0;
+    // Strictly slower entries only: an equal time goes below the older record.
+    while (p < HIGHSCORE_N && !(laprecord_time[p] > t)) p++;
+    if (p == HIGHSCORE_N) {
+        // Any kart's lap, a computer's too, restarts the player's recording.
+        ghost.badone();
+        return;
+    }
+    for (unsigned int i = HIGHSCORE_N - 1; i > p; i--) {
+        strcpy(laprecord_name[i], laprecord_name[i - 1]);
+        laprecord_time[i] = laprecord_time[i - 1];
+    }
+    laprecord_time[p] = t;
+    if (kart == 0) {
+        snprintf(laprecord_name[p], HIGHSCORE_NAMELENGTH, "%s", config.player1name);
+        if (p == 0) {
+            ghost.goodone();
+            thisnewrecorddelay = 3.0f;
+        } else {
+            ghost.badone();
+        }
+    } else {
+        strcpy(laprecord_name[p], "CPU");
+    }
+}
+
+void sHighscore::dispifnewrecord() {
+    if (thisnewrecorddelay > 0) {
+        fontTGA.out(0.5f, 0.5f, 1, 0, 0, FONT_ALIGN_CENTER, 0.03f, "NEW RECORD!");
+        thisnewrecorddelay -= 1.0f / performance.fps;
+    }
+}
+
+void sHighscore::save() {
+    std::string text;
+    char line[HIGHSCORE_NAMELENGTH + 64];
+    for (unsigned int i = 0; i < HIGHSCORE_N; i++) {
+        snprintf(line, sizeof line, "%s %f\n", laprecord_name[i], laprecord_time[i]);
+        text += line;
+    }
+    savesafely(recordfile(), text);
+}
