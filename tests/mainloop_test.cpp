@@ -113,6 +113,7 @@ TEST_F(LoopTest, ResizeChangesTheSizeKeptInMemory) {
 }
 
 TEST_F(LoopTest, GammaTwentyFiveBrightensEveryPixelByAQuarter) {
+    menu.m = MENU_MAIN;  // a screen that leaves the frame black
     config.gammacorrection = 25;
     drawGL();
     for (int x : {0, 160, 319})
@@ -127,11 +128,11 @@ TEST_F(LoopTest, GammaTwentyFiveBrightensEveryPixelByAQuarter) {
     EXPECT_EQ(readPixel(160, 120).r, 0);
 }
 
-TEST_F(LoopTest, MenuEntryMovesOnToTheMainState) {
+TEST_F(LoopTest, MenuEntryStartsARaceUntilTheMenuScreensExist) {
     EXPECT_EQ(menu.m, MENU_ENTER);
     bool d = false;
     looppass(d);
-    EXPECT_EQ(menu.m, MENU_MAIN);
+    EXPECT_EQ(menu.m, MENU_RACING);
     EXPECT_FALSE(d);
 }
 
