@@ -126,7 +126,8 @@ void drawScene() {
     glEnable(GL_DEPTH_TEST);
 
     track.isinview();
-    for (unsigned int i = 0; i < GOKART_NKARTS; i++) gokart[i].isinview();
+    // Only the karts in this race: the others wait on the grid unseen.
+    for (unsigned int i = 0; i < n; i++) gokart[i].isinview();
 
     // shadow volumes: track and karts
 
@@ -142,7 +143,7 @@ void drawScene() {
     // skid marks
 
     glEnable(GL_LIGHTING);
-    for (unsigned int i = 0; i < GOKART_NKARTS; i++) gokart[i].draw();
+    for (unsigned int i = 0; i < n; i++) gokart[i].draw();
 
     // ghost: record this frame, and draw it when racing alone
 
