@@ -331,6 +331,23 @@ TEST_F(SceneTest, ResetPutsTheLightAndCameraBack) {
     EXPECT_NEAR(clear[2], 0.5f, 1e-6);
 }
 
+TEST_F(SceneTest, F12WritesAScreenshotEveryFrameItIsHeldAndKeepsTheFrameOutOfTheRate) {
+    restart();
+    until(0.5);
+    config.nScreenshots = 0;
+    keyboard.key[293] = true;
+    frame();
+    EXPECT_TRUE(bvtest::fileExists("Data/Screenshots/shot000.tga"));
+    EXPECT_FALSE(performance.savenext);
+    frame();
+    EXPECT_TRUE(bvtest::fileExists("Data/Screenshots/shot001.tga"));
+    keyboard.key[293] = false;
+    performance.savenext = true;
+    frame();
+    EXPECT_FALSE(bvtest::fileExists("Data/Screenshots/shot002.tga"));
+    EXPECT_TRUE(performance.savenext);
+}
+
 TEST_F(SceneTest, TheConsoleCommandResetStartsTheRaceAgain) {
     restart();
     keyboard.key[273] = true;
