@@ -6,9 +6,13 @@
 
 #include <cmath>
 
+#include "kart/gokart.h"
 #include "scene/camera.h"
 #include "shell/bvconfig.h"
 #include "shell/keyboard.h"
+#include "shell/mouse.h"
+#include "shell/performance.h"
+#include "track/track.h"
 #include "support/bvtest.h"
 
 namespace {
@@ -167,6 +171,225 @@ TEST(CameraTransform, RotatesThenMovesIntoTheEye) {
     float ez = m[2] * x + m[6] * y + m[10] * z + m[14];
     EXPECT_NEAR(ex, 0, 1e-4);
     EXPECT_NEAR(ez, -5, 1e-4);
+}
+
+// ---------------------------------------------------------------------------
+// The camera step of each mode.
+
+const float DEG = 57.29577951f;
+
+class CameraStepTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        keyboard.init();
+        mouse.init();
+        mouse.deltax = mouse.deltay = 0;
+        kart = sGokart();
+        kart.px = 10;
+        kart.pz = 20;
+        camera.init(1, 0, 0, 0, 0, 0, 0, 55);
+        camera_lag = 0;
+        track.nCpoints = 0;
+    }
+    void step(unsigned int mode, float fps) {
+        performance.fps = fps;
+        camera.mode = mode;
+        camera.follow(camera, kart);
+    }
+    sGokart kart;
+};
+
+TEST_F(CameraStepTest, ChaseViewEasesTwoBehindAndOneAndAHalfUp) {
+    kart.ay = 90;
+    camera.px = 0;
+    camera.py = 0;
+    camera.pz = 0;
+    camera.ax = 0;
+    camera.ay = 0;
+    camera.az = 10;
+    step(CAMERA_CHASE, 20);  // follow factor 10 / 20: half way
+    // Target (10 + 2 sin 90, 1.5, 20 + 2 cos 90) = (12, 1.5, 20), pitch -15, heading 90.
+    EXPECT_NEAR(camera.px, 6, 1e-4);
+    EXPECT_NEAR(camera.py, 0.75f, 1e-5);
+    EXPECT_NEAR(camera.pz, 10, 1e-4);
+    EXPECT_NEAR(camera.ax, -7.5f, 1e-5);
+    EXPECT_NEAR(camera.ay, 45, 1e-4);
+    EXPECT_NEAR(camera.az, 5, 1e-5);
+    step(CAMERA_CHASE, 10);  // factor 1: all the way
+    EXPECT_NEAR(camera.px, 12, 1e-4);
+    EXPECT_NEAR(camera.pz, 20, 1e-4);
+    EXPECT_NEAR(camera.ax, -15, 1e-5);
+    EXPECT_NEAR(camera.ay, 90, 1e-4);
+}
+
+TEST_F(CameraStepTest, HeadingTurnsTheShortWayAndWrapsOnce) {
+    kart.ay = -170;
+    camera.ay = 170;
+    step(CAMERA_CHASE, 20);
+    // 170 + (-340 + 360) / 2 = 180, which wraps to -180.
+    EXPECT_NEAR(camera.ay, -180, 1e-4);
+    kart.ay = 170;
+    camera.ay = -170;
+    step(CAMERA_CHASE, 40);
+    // -170 + (340 - 360) / 4 = -175.
+    EXPECT_NEAR(camera.ay, -175, 1e-4);
+}
+
+TEST_F(CameraStepTest, DriversViewSitsInTheSeatTurnedWithWheelAndSway) {
+    kart.px = 0;
+    kart.pz = 0;
+    kart.ay = 30;
+    kart.sw_ay = 10;
+    kart.ups = 5;
+    kart.head_viewax = 2;
+    kart.head_ax = 1;
+    kart.slidediff = 0;  // no sway step
+    camera_lag = 0.1f;
+    step(CAMERA_DRIVER, 60);
+    EXPECT_NEAR(camera.px, -0.37f * sinf(30 / DEG), 1e-5);
+    EXPECT_FLOAT_EQ(camera.py, 0.8f);
+    EXPECT_NEAR(camera.pz, -0.37f * cosf(30 / DEG), 1e-5);
+    EXPECT_NEAR(camera.ay, 30 + 0.01f + 5, 1e-4);
+    EXPECT_NEAR(camera.az, -1, 1e-5);
+    EXPECT_NEAR(camera.ax, 2 + 1 - 15 + 0.1f, 1e-5);
+    EXPECT_FLOAT_EQ(camera_lag, 0.1f);
+}
+
+TEST_F(CameraStepTest, SwayIsClampedAndThePitchTakesTheNewSway) {
+    kart.ups = 0;
+    kart.slidediff = 1000;  // a step of 0.1 / 50 * 1000 = 2 per frame
+    camera_lag = 0;
+    bool sawUp = false, sawDown = false;
+    for (int i = 0; i < 40; i++) {
+        float before = camera_lag;
+        step(CAMERA_DRIVER, 1);
+        EXPECT_TRUE(camera_lag == 0.125f || camera_lag == -0.125f) << camera_lag;
+        sawUp = sawUp || camera_lag == 0.125f;
+        sawDown = sawDown || camera_lag == -0.125f;
+        EXPECT_NEAR(camera.ay, before / 10, 1e-6);  // heading: the sway before the step
+        EXPECT_NEAR(camera.ax, -15 + camera_lag, 1e-6);  // pitch: the sway after it
+    }
+    EXPECT_TRUE(sawUp && sawDown);
+}
+
+TEST_F(CameraStepTest, TracksideStandsOnTheNearestCentrePointAimedAtTheKart) {
+    track.nCpoints = 3;
+    track.Cpoint[0] = {0, 0};
+    track.Cpoint[1] = {10, 0};
+    track.Cpoint[2] = {20, 0};
+    kart.px = 11;
+    kart.pz = 3;
+    step(CAMERA_TRACKSIDE, 60);
+    EXPECT_FLOAT_EQ(camera.px, 10);
+    EXPECT_FLOAT_EQ(camera.py, 1.25f);
+    EXPECT_FLOAT_EQ(camera.pz, 0);
+    EXPECT_NEAR(camera.ax, atanf(sqrtf(10) / 1.25f) * DEG - 90, 1e-4);
+    EXPECT_NEAR(camera.ay, cameraheading(11, 3, 10, 0) - 360, 1e-4);  // 198.4 wraps
+    EXPECT_FLOAT_EQ(camera.az, 0);
+    // The camera looks at the kart: it is dead ahead in the cone.
+    EXPECT_GT(camera.isinview(11, 0, 3), 0);
+}
+
+TEST_F(CameraStepTest, TracksideTakesTheFirstOfTwoEquallyNearPoints) {
+    track.nCpoints = 2;
+    track.Cpoint[0] = {5, 0};
+    track.Cpoint[1] = {15, 0};
+    kart.px = 10;
+    kart.pz = 0.5f;
+    step(CAMERA_TRACKSIDE, 60);
+    EXPECT_FLOAT_EQ(camera.px, 5);
+}
+
+TEST_F(CameraStepTest, TracksideFartherThan99SitsOnCentrePointZero) {
+    track.nCpoints = 3;
+    track.Cpoint[0] = {200, 0};
+    track.Cpoint[1] = {150, 0};
+    track.Cpoint[2] = {109.5f, 20};  // 99.5 from the kart
+    kart.px = 10;
+    kart.pz = 20;
+    step(CAMERA_TRACKSIDE, 60);
+    EXPECT_FLOAT_EQ(camera.px, 200);
+    EXPECT_FLOAT_EQ(camera.pz, 0);
+    EXPECT_FLOAT_EQ(camera.py, 1.25f);
+    // At 98.5 the point is taken.
+    track.Cpoint[2] = {108.5f, 20};
+    step(CAMERA_TRACKSIDE, 60);
+    EXPECT_FLOAT_EQ(camera.px, 108.5f);
+}
+
+TEST_F(CameraStepTest, HighFollowDriftsAfterTheKartThreeUp) {
+    camera.px = 0;
+    camera.py = 3;
+    camera.pz = 0;
+    kart.px = 10;
+    kart.pz = 10;
+    step(CAMERA_HIGH, 5);  // factor 1
+    EXPECT_NEAR(camera.px, 1, 1e-5);
+    EXPECT_NEAR(camera.pz, 1, 1e-5);
+    EXPECT_FLOAT_EQ(camera.py, 3);
+    EXPECT_NEAR(camera.ax, atanf((sqrtf(200) + 0.123456789f) / 3) * DEG - 90, 1e-4);
+    EXPECT_NEAR(camera.ay, cameraheading(10, 10, 0, 0) - 360, 1e-4);  // 225 wraps to -135
+}
+
+TEST_F(CameraStepTest, HighFollowLevelWithTheKartIsNudged) {
+    camera.px = 0;
+    camera.py = 3;
+    camera.pz = 5;
+    kart.px = 10;
+    kart.pz = 5;
+    step(CAMERA_HIGH, 10);  // factor 0.5
+    // The nudge moves pz to 5.123456789; the ease then goes half way to 5.
+    EXPECT_NEAR(camera.pz, 5 + 0.123456789f / 2, 1e-5);
+    EXPECT_FALSE(std::isnan(camera.ay));
+    EXPECT_NEAR(camera.ay, cameraheading(10, 5, 0, 5.123456789f) / 2, 1e-3);
+}
+
+TEST_F(CameraStepTest, FreeViewMovesWithTheKeysAndTurnsWithTheMouse) {
+    camera.px = 0;
+    camera.py = 2;
+    camera.pz = 0;
+    camera.ay = 90;  // looking along -x
+    camera.az = 7;
+    keyboard.key['w'] = true;
+    keyboard.key['s'] = true;  // w wins
+    keyboard.key['r'] = true;
+    step(CAMERA_FREE, 5);  // 5 / fps = 1 unit
+    EXPECT_NEAR(camera.px, -1, 1e-5);
+    EXPECT_NEAR(camera.pz, 0, 1e-5);
+    EXPECT_NEAR(camera.py, 2.4f, 1e-5);
+    EXPECT_FLOAT_EQ(camera.az, 0);
+    keyboard.key['w'] = keyboard.key['s'] = keyboard.key['r'] = false;
+    keyboard.key['a'] = true;
+    keyboard.key['f'] = true;
+    step(CAMERA_FREE, 5);
+    // a: (-cos ay, 0, +sin ay): a step along +z, to the eye's left.
+    EXPECT_NEAR(camera.px, -1, 1e-5);
+    EXPECT_NEAR(camera.pz, 1, 1e-5);
+    EXPECT_NEAR(camera.py, 2.0f, 1e-5);
+    keyboard.key['a'] = keyboard.key['f'] = false;
+    keyboard.key['d'] = true;
+    step(CAMERA_FREE, 5);
+    EXPECT_NEAR(camera.pz, 0, 1e-5);
+    keyboard.key['d'] = false;
+    camera.ax = 0;
+    mouse.deltax = 20;
+    mouse.deltay = -40;
+    step(CAMERA_FREE, 5);
+    EXPECT_NEAR(camera.ay, 89, 1e-5);
+    EXPECT_NEAR(camera.ax, 2, 1e-5);
+    // The kart does not pull a free camera.
+    EXPECT_NEAR(camera.px, -1, 1e-5);
+    EXPECT_NEAR(camera.pz, 0, 1e-5);
+}
+
+TEST_F(CameraStepTest, WrapCorrectsOnceOnly) {
+    camera.ax = 175;
+    camera.ay = 179;
+    mouse.deltay = -200;   // ax 185 -> -175
+    mouse.deltax = -10000;  // ay 679 -> 319, one correction only
+    step(CAMERA_FREE, 60);
+    EXPECT_NEAR(camera.ax, -175, 1e-4);
+    EXPECT_NEAR(camera.ay, 319, 1e-3);
 }
 
 }  // namespace

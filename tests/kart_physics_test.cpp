@@ -436,6 +436,21 @@ TEST_F(KartBarrier, LeftBarrierToo) {
     EXPECT_NEAR(k.may, -25.0f, 0.1f);
 }
 
+TEST_F(KartBarrier, AHeadingRunAwayToBillionsStillBounces) {
+    // Without the shortcut this bounce never ends: -3.6e12 + 360 is -3.6e12.
+    k.px = 29.75f;
+    k.pz = -5;
+    k.ay = k.may = -30;  // into the right barrier, as head on
+    k.ups = 5;
+    k.colide();
+    k.ay = -3.6e12f;
+    bool hit = false;
+    for (int i = 0; i < 8; i++) hit = hit || track.check(k.colx[i], k.colz[i], k.colx[(i + 1) % 8], k.colz[(i + 1) % 8]);
+    ASSERT_TRUE(hit);
+    k.move();
+    EXPECT_TRUE(std::isfinite(k.may));
+}
+
 TEST_F(KartBarrier, OpenRoadHitsNothing) {
     k.px = 27.25f;
     k.pz = -5;

@@ -126,6 +126,7 @@ TEST_F(LoopTest, GammaTwentyFiveBrightensEveryPixelByAQuarter) {
         }
     config.gammacorrection = 0;
     menu.m = MENU_RACESTART;
+    glClearColor(0, 0, 0, 1);  // the race start set the race's sky grey
     drawGL();
     EXPECT_EQ(readPixel(160, 120).r, 0);
 }

@@ -188,10 +188,15 @@ void sMenu::display() {
     case MENU_ENTER: {
         FSOUND_SetSFXMasterVolume(255);
         // The race leaves its own light behind; the previews want the menu's.
-        static const float ambient[4] = {0.125f, 0.125f, 0.125f, 1};
-        static const float diffuse[4] = {1, 1, 1, 1};
-        glLightfv(GL_LIGHT0, GL_AMBIENT, ambient);
-        glLightfv(GL_LIGHT0, GL_DIFFUSE, diffuse);
+        const float ambient[4] = {0.125f, 0.125f, 0.125f, 1};
+        const float diffuse[4] = {1, 1, 1, 1};
+        for (int i = 0; i < 4; i++) {
+            LightAmbient[i] = ambient[i];
+            LightDiffuse[i] = diffuse[i];
+        }
+        glLightfv(GL_LIGHT0, GL_AMBIENT, LightAmbient);
+        glLightfv(GL_LIGHT0, GL_DIFFUSE, LightDiffuse);
+        glLightfv(GL_LIGHT0, GL_POSITION, LightPosition);
         glEnable(GL_LIGHT0);
         glClearColor(0, 0, 0, 1);
         m = MENU_MAIN;

@@ -80,6 +80,10 @@ FSOUND_SAMPLE* loadSample(const char* name, unsigned int mode) {
 
 // Brings an angle into [-180, 180] with as many turns as it takes.
 float wrap180(float a) {
+    // A heading run away to billions (a computer driver's wheel swinging
+    // wider each frame at a very low frame rate) would never get there by
+    // adding 360s: in single precision the sum stops changing.
+    if (fabsf(a) > 3600) a = fmodf(a, 360);
     while (a < -180) a += 360;
     while (a > 180) a -= 360;
     return a;

@@ -12,6 +12,8 @@ const unsigned int CAMERA_TRACKSIDE = 2;
 const unsigned int CAMERA_HIGH = 3;
 const unsigned int CAMERA_FREE = 4;
 
+struct sGokart;
+
 struct sCamera {
     float axmargin;
     float aymargin;
@@ -32,6 +34,10 @@ struct sCamera {
     float isinview(float x, float y, float z);
     // Rotates and moves the model-view matrix into the eye's frame.
     void transform();
+    // Places the eye for this frame in the current mode. target is the
+    // camera as it was when the frame began; the eased modes move part of the
+    // way from here towards where the mode wants the eye.
+    void follow(sCamera target, const sGokart& kart);
 };
 
 extern sCamera camera;

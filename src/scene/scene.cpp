@@ -1,8 +1,202 @@
 #include "scene/scene.h"
 
-// The race itself arrives with the track and the karts; until then a race has
-// nothing to set up, reset or draw.
-void initScene() {}
-void resetScene() {}
-void drawScene() {}
-void killScene() {}
+#include <GL/gl.h>
+#include <SDL/SDL.h>
+
+#include <string>
+
+#include "assets/font.h"
+#include "assets/texture.h"
+#include "audio/fsound.h"
+#include "frontend/highscore.h"
+#include "frontend/menu.h"
+#include "kart/gokart.h"
+#include "scene/camera.h"
+#include "scene/ghost.h"
+#include "scene/lensflare.h"
+#include "shell/bvconfig.h"
+#include "shell/keyboard.h"
+#include "shell/performance.h"
+#include "track/track.h"
+
+float LightAmbient[4];
+float LightDiffuse[4];
+float LightPosition[4];
+time_t s;
+time_t e;
+float t;
+s3DS sky3DS;
+
+namespace {
+
+// Keys of the race.
+const unsigned int KEY_ESCAPE = 27;
+const unsigned int KEY_UP = 273;
+const unsigned int KEY_DOWN = 274;
+const unsigned int KEY_RIGHT = 275;
+const unsigned int KEY_LEFT = 276;
+const unsigned int KEY_F12 = 293;
+
+unsigned int racingKarts() {
+    return config.ngokarts < GOKART_NKARTS ? config.ngokarts : GOKART_NKARTS;
+}
+
+void setLight(float* v, float a, float b, float c, float d) {
+    v[0] = a;
+    v[1] = b;
+    v[2] = c;
+    v[3] = d;
+}
+
+}  // namespace
+
+void initScene() {
+    sky3DS.load("Data/Models/sky.3DS", "Data/Textures/");
+    sky3DS.initlist(true, true);
+    gokartstaticdata.init();
+    std::string file = std::string("Data/Tracks/") + track.trackname[config.track] + ".txt";
+    config.disploaded(file.c_str());
+    track.load();
+    resetScene();
+}
+
+void resetScene() {
+    setLight(LightAmbient, 0.125f, 0.125f, 0.125f, 1);
+    setLight(LightDiffuse, 1, 1, 1, 1);
+    setLight(LightPosition, -500, 750, -200, 1);
+    glLightfv(GL_LIGHT0, GL_AMBIENT, LightAmbient);
+    glLightfv(GL_LIGHT0, GL_DIFFUSE, LightDiffuse);
+    glLightfv(GL_LIGHT0, GL_POSITION, LightPosition);
+    glEnable(GL_LIGHT0);
+    glClearColor(0.525f, 0.525f, 0.5f, 1);
+    camera.init(CAMERA_CHASE, 26.01f, 1.5f, 22.0f, 0, 0, 0, 55);
+    for (unsigned char i = 0; i < GOKART_NKARTS; i++) gokart[i].init(i);
+    ghost.badone();
+    s = bvclock();
+    e = bvclock();
+    t = 0;
+}
+
+void drawScene() {
+    const sCamera target = camera;
+    const unsigned int n = racingKarts();
+
+    FSOUND_SetSFXMasterVolume((int)config.soundvolume);
+
+    // The start clock stops at 4: it only times the countdown.
+    if (t < 4.0f) {
+        e = bvclock();
+        t = (float)(int)(e - s) / BV_CLOCKS_PER_SEC;
+    }
+
+    for (unsigned int i = 0; i < n; i++) gokart[i].colide();
+    if (config.nhumanplayers >= 1) {
+        gokart[0].kLEFT = keyboard.key[KEY_LEFT];
+        gokart[0].kRIGHT = keyboard.key[KEY_RIGHT];
+        // Steering is free on the grid; the pedals wait for the start.
+        if (t > 2.0f) {
+            gokart[0].kUP = keyboard.key[KEY_UP];
+            gokart[0].kDOWN = keyboard.key[KEY_DOWN];
+        }
+        gokart[0].move();
+    }
+    if (config.nhumanplayers > 1) {
+        // Player 2 has never waited for the start.
+        gokart[1].kLEFT = keyboard.key['j'];
+        gokart[1].kRIGHT = keyboard.key['l'];
+        gokart[1].kUP = keyboard.key['i'];
+        gokart[1].kDOWN = keyboard.key['k'];
+        gokart[1].move();
+    }
+    if (t > 2.0f)
+        for (unsigned int i = config.nhumanplayers; i < n; i++) {
+            gokart[i].think();
+            gokart[i].move();
+        }
+
+    camera.setmode();
+    unsigned int focus = config.gokartfocus < GOKART_NKARTS ? config.gokartfocus : 0;
+    camera.follow(target, gokart[focus]);
+
+    glPushMatrix();
+    camera.transform();
+
+    // The sky is far away everywhere: no depth, and not moved with the eye.
+    glDisable(GL_DEPTH_TEST);
+    if (config.fog) glEnable(GL_FOG);
+    sky3DS.drawlist();
+    if (config.fog) glDisable(GL_FOG);
+    glEnable(GL_DEPTH_TEST);
+
+    track.isinview();
+    // Only the karts in this race: the others wait on the grid unseen.
+    for (unsigned int i = 0; i < n; i++) gokart[i].isinview();
+
+    track.castshadow();
+    if (config.shadows)
+        for (unsigned int i = 0; i < n; i++) gokart[i].castshadow();
+
+    glEnable(GL_LIGHTING);
+    // Given again under the view, so that the light stays put in the world.
+    glLightfv(GL_LIGHT0, GL_POSITION, LightPosition);
+    if (config.fog) glEnable(GL_FOG);
+    glCallList(track.LIST_ground);
+    glDisable(GL_LIGHTING);
+
+    track.drawshadowmap();
+    // With shadows off every kart gets its blob; otherwise only those whose
+    // stencil shadow was not cast.
+    for (unsigned int i = 0; i < n; i++)
+        if (!config.shadows || gokart[i].doshadowmap) gokart[i].drawshadowmap();
+
+    if (config.skidmarks)
+        for (unsigned int i = 0; i < n; i++) gokart[i].drawslides();
+
+    glEnable(GL_LIGHTING);
+    for (unsigned int i = 0; i < n; i++) gokart[i].draw();
+
+    ghostframe();
+
+    track.drawObjects();
+
+    glDisable(GL_LIGHTING);
+    if (config.fog) glDisable(GL_FOG);
+
+    if (config.lensflare) lensflare.calc();
+    lensflare.drawsun();
+
+    glPopMatrix();
+
+    if (config.lensflare) lensflare.draw();
+
+    if (config.hud && camera.mode == CAMERA_DRIVER) gokart[focus].drawhud();
+
+    highscore.dispifnewrecord();
+
+    fontTGA.out(0.005f, 0.975f, 1, 1, 1, FONT_ALIGN_LEFT, 0.02f, "lap: %d", gokart[0].lap);
+    fontTGA.out(0.5f, 0.975f, 1, 1, 1, FONT_ALIGN_CENTER, 0.02f, "time: %.2f", gokart[0].currentlaptime);
+    fontTGA.out(0.975f, 0.975f, 1, 1, 1, FONT_ALIGN_RIGHT, 0.02f, "record: %.2f", highscore.laprecord_time[0]);
+
+    // The countdown counts up, and "GO!" comes a second after the karts are off.
+    const char* start = t < 1 ? "1" : t < 2 ? "2" : t < 3 ? "3" : t < 4 ? "GO!" : nullptr;
+    if (start) fontTGA.out(0.5f, 0.5f, 1, 0, 0, FONT_ALIGN_CENTER, 0.05f, "%s", start);
+
+    if (keyboard.key[KEY_F12]) {
+        fsaveTGA();
+        performance.discardnext();
+    }
+
+    if (keyboard.key[KEY_ESCAPE]) {
+        menu.m = MENU_ENTER;
+        if (config.soundeffects) FSOUND_StopSound(FSOUND_ALL);
+        SDL_ShowCursor(1);
+        resetScene();
+    }
+}
+
+void killScene() {
+    track.free();
+    for (unsigned int i = 0; i < GOKART_NKARTS; i++) gokart[i].free();
+    gokartstaticdata.free();
+    sky3DS.free();
+}

@@ -2,12 +2,29 @@
 #define BV_SCENE_SCENE_H
 
 // The race scene: set up once, reset for every race, one race frame per call.
+
+#include <ctime>
+
+#include "assets/3ds.h"
+
 void initScene();
 void resetScene();
 void drawScene();
 void killScene();
 
+// Light 0 of the race; the position is in the world, w = 1.
+extern float LightAmbient[4];
+extern float LightDiffuse[4];
+extern float LightPosition[4];
 // The fog's colour; the track sets it when it loads.
 extern float FogColor[4];
+
+// The start clock: bvclock() readings at the race start and latest, and the
+// seconds between them, which stop counting at 4.
+extern time_t s;
+extern time_t e;
+extern float t;
+
+extern s3DS sky3DS;
 
 #endif

@@ -4,10 +4,6 @@
 
 #include "shell/bvconfig.h"
 
-// The race frame places the light; a program without the race frame still
-// has a light where the race puts it.
-__attribute__((weak)) float LightPosition[4] = {-500, 750, -200, 1};
-
 // No guard for a vertex level with the light: the light stays far above
 // everything that casts.
 void shadowpoint(float& x, float y, float& z, float g, float lx, float ly, float lz) {
