@@ -2,13 +2,19 @@
 # Both install what is missing, build, and prepare build/game/ (the binary beside its Data/).
 # `make install PREFIX=...` installs for a Linux desktop (default /usr/local);
 # `make uninstall` removes that installation again, never the players' own folders.
+# `make test-asan` builds in build-asan and runs every test under AddressSanitizer
+# and UndefinedBehaviorSanitizer; `make fuzz FUZZ_SECONDS=...` fuzzes each file
+# reader for that long (build-fuzz, clang).
 
 BUILD   ?= build
+ASAN_BUILD ?= build-asan
+FUZZ_BUILD ?= build-fuzz
+FUZZ_SECONDS ?= 60
 JOBS    ?= $(shell nproc)
 XVFB    := scripts/with-xvfb
 PREFIX  ?= /usr/local
 
-.PHONY: all run test setup deps configure build install uninstall clean
+.PHONY: all run test test-asan fuzz setup deps configure build install uninstall clean
 
 all: setup
 
@@ -34,6 +40,18 @@ test: setup
 		ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS); \
 	fi
 
+test-asan: deps
+	@cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBV_SANITIZE=ON >/dev/null
+	@cmake --build $(ASAN_BUILD) -j $(JOBS)
+	@if [ -z "$$DISPLAY" ]; then \
+		$(XVFB) ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS); \
+	else \
+		ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS); \
+	fi
+
+fuzz: deps
+	@scripts/fuzz --build-dir $(FUZZ_BUILD) --seconds $(FUZZ_SECONDS)
+
 install: setup
 	cmake --install $(BUILD) --prefix "$(PREFIX)"
 
@@ -41,4 +59,4 @@ uninstall:
 	cmake --build $(BUILD) --target uninstall
 
 clean:
-	rm -rf $(BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD)

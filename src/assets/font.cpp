@@ -68,7 +68,8 @@ void sFontTGA::out(float x, float y, float r, float g, float b, unsigned int ali
     char text[FONT_MAXTEXT + 1];
     va_list ap;
     va_start(ap, fmt);
-    vsnprintf(text, sizeof text, fmt ? fmt : "", ap);
+    text[0] = 0;
+    if (fmt) vsnprintf(text, sizeof text, fmt, ap);
     va_end(ap);
     int n = (int)strlen(text);
     if (alignment == FONT_ALIGN_CENTER) x -= n * size * spacing / 2;

@@ -701,11 +701,17 @@ void sGokart::think() {
 
 // ---- Seeing and drawing a kart ----
 
+// The settings file and the console can set any level of detail; the range
+// tables hold three.
+static unsigned int lodlevel() {
+    return config.lod < 3 ? config.lod : 2;
+}
+
 void sGokart::isinview() {
     float x = px - sinf(ay / 57.3f) * gokartstaticdata.chasisfront / 2;
     float z = pz - cosf(ay / 57.3f) * gokartstaticdata.chasisfront / 2;
     inviewDist = camera.isinview(x, 0.2f, z);
-    inviewG = inviewDist > 0 && inviewDist < config.LOrange[config.lod];
+    inviewG = inviewDist > 0 && inviewDist < config.LOrange[lodlevel()];
 }
 
 // Poses one arm so that its hand holds the rim of the turned steering wheel:
@@ -749,10 +755,10 @@ struct sPartSet {
 
 sPartSet partset(float d) {
     sGokartStaticData& s = gokartstaticdata;
-    if (d < config.HIrange[config.lod])
+    if (d < config.HIrange[lodlevel()])
         return {&s.HIplastic3DS, &s.HIbody3DS, &s.HIchasis3DS, &s.HIfrontwheel3DS, &s.HIrearwheel3DS, &s.HIpedal3DS,
                 &s.HIfoot3DS,    &s.HIhead3DS, &s.HIarmu3DS,   &s.HIarmd3DS,       &s.HIsteeringwheel3DS};
-    if (d < config.MErange[config.lod])
+    if (d < config.MErange[lodlevel()])
         return {&s.MEplastic3DS, &s.MEbody3DS, &s.MEchasis3DS, &s.MEfrontwheel3DS, &s.MErearwheel3DS, &s.MEpedal3DS,
                 &s.MEfoot3DS,    &s.MEhead3DS, &s.MEarmu3DS,   &s.MEarmd3DS,       &s.MEsteeringwheel3DS};
     return {&s.LOplastic3DS, &s.LObody3DS, &s.LOchasis3DS, &s.LOfrontwheel3DS, &s.LOrearwheel3DS, &s.LOpedal3DS,

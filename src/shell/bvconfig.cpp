@@ -22,8 +22,10 @@ static void copyname(char* dst, size_t size, const char* src) {
 
 // A percentage to 0..255. In single precision 100 * 2.55 rounds to exactly 255;
 // in double it would truncate to 254 and full volume could never be reached.
+// Truncated through a 64-bit integer: a damaged file's huge percentage does not
+// fit an int, and the wrap into unsigned stays what it always was.
 static unsigned int percent(int v) {
-    return (unsigned int)(int)((float)v * 2.55f);
+    return (unsigned int)(long long)((float)v * 2.55f);
 }
 
 void sConfig::defaults() {

@@ -239,9 +239,11 @@ void handleEvent(const SDL_Event& event, bool& done) {
         if (menu.m == MENU_MAIN) menu.key = sym;
         break;
     }
-    case SDL_KEYUP:
-        if (event.key.keysym.sym < KEYBOARD_NKEYS) keyboard.key[event.key.keysym.sym] = false;
+    case SDL_KEYUP: {
+        unsigned int sym = event.key.keysym.sym;
+        if (sym < KEYBOARD_NKEYS) keyboard.key[sym] = false;
         break;
+    }
     case SDL_MOUSEMOTION:
         mouse.x = event.motion.x;
         mouse.y = event.motion.y;

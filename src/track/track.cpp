@@ -101,6 +101,8 @@ void sTrack::init(float scale) {
         }
         closedir(dir);
     }
+    // Nothing to race on: the game still runs, but the log says why a race would be empty.
+    if (ntracks == 0) report("Listing tracks : no tracks in Data/Tracks");
     if (config.track >= ntracks) config.track = 0;
 
     char name[64];
@@ -182,7 +184,26 @@ void sTrack::load() {
         blackbox.task("Loading track", false);
         return;
     }
+    parse(f, name.c_str());
+    fclose(f);
 
+    buildGround();
+    buildFences();
+
+    FogColor[0] = 0.525f;
+    FogColor[1] = 0.525f;
+    FogColor[2] = 0.5f;
+    FogColor[3] = 1.0f;
+    glFogfv(GL_FOG_COLOR, FogColor);
+    glFogi(GL_FOG_MODE, GL_EXP);
+    glFogf(GL_FOG_DENSITY, fogdensity);
+    glHint(GL_FOG_HINT, GL_NICEST);
+    glFogf(GL_FOG_START, 45.0f);
+    glFogf(GL_FOG_END, 50.0f);
+}
+
+void sTrack::parse(FILE* f, const char* filename) {
+    const std::string name = filename;
     int dirt = 0, road = 0, fog = 0;
     if (fscanf(f, "%d%d", &dirt, &road) != 2) { /* what was read stays */ }
     if (fscanf(f, "%d", &fog) != 1) { /* likewise */ }
@@ -194,7 +215,9 @@ void sTrack::load() {
     nMiscobjects = 0;
 
     unsigned long extraLR = 0, extraC = 0, extraO = 0, badtypes = 0, noads = 0;
-    auto world = [this](int v) { return (float)(v - 256) * trackscale; };
+    // Widened before the grid centre is taken off: a damaged file may hold
+    // numbers near the ends of int.
+    auto world = [this](int v) { return (float)((long long)v - 256) * trackscale; };
     char word[256];
     while (!feof(f)) {
         strcpy(word, "nothing more");
@@ -244,7 +267,6 @@ void sTrack::load() {
         // Any other word is passed over on its own.
     }
     blackbox.task("Loading track", true);
-    fclose(f);
 
     if (whichDirt >= N_DIRTS) {
         report("Loading track " + name + " : ground " + std::to_string(whichDirt) + " does not exist, 0 used");
@@ -271,19 +293,6 @@ void sTrack::load() {
     barrier_width = 0.25f;
     barrier_height = 0.25f;
     for (unsigned int i = 0; i < TRACK_MAXPOINTS; i++) doCshadowmap[i] = false;
-    buildGround();
-    buildFences();
-
-    FogColor[0] = 0.525f;
-    FogColor[1] = 0.525f;
-    FogColor[2] = 0.5f;
-    FogColor[3] = 1.0f;
-    glFogfv(GL_FOG_COLOR, FogColor);
-    glFogi(GL_FOG_MODE, GL_EXP);
-    glFogf(GL_FOG_DENSITY, fogdensity);
-    glHint(GL_FOG_HINT, GL_NICEST);
-    glFogf(GL_FOG_START, 45.0f);
-    glFogf(GL_FOG_END, 50.0f);
 }
 
 void sTrack::buildGeometry() {

@@ -5,6 +5,8 @@
 // roadside models, one track's points and objects read from its file, the
 // geometry and display lists built from them, barrier collision, and drawing.
 
+#include <cstdio>
+
 #include "assets/3ds.h"
 
 const unsigned int N_DIRTS = 4;
@@ -67,6 +69,10 @@ struct sTrack {
     void init(float trackscale);
     // Reads Data/Tracks/<trackname[config.track]>.txt and builds what is drawn of it.
     void load();
+    // Load's reading half, without OpenGL: the records of an open track file
+    // (filename only names it in the log), then closing, separating, normals
+    // and texture coordinates.
+    void parse(FILE* f, const char* filename);
     // Whether the segment crosses a barrier; lasthit and lasthitL say which one.
     bool check(float x1, float z1, float x2, float z2);
     // Which objects, centre points and barrier segments the camera sees this frame.
@@ -83,8 +89,7 @@ struct sTrack {
     void free();
 
 private:
-    // Load's second half: closing, separating, normals and texture coordinates,
-    // then the ground and fence lists.
+    // Closing, separating, normals and texture coordinates; the lists are built from them.
     void buildGeometry();
     void buildGround();
     void buildFences();
