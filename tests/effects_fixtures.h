@@ -11,7 +11,9 @@
 #include <string>
 #include <vector>
 
+#include "shell/blackbox.h"
 #include "shell/bvconfig.h"
+#include "shell/main.h"
 #include "support/bvtest.h"
 
 namespace effects {
@@ -28,6 +30,17 @@ inline bool linkGameContent() {
         if (fs::exists(game / d) && !fs::exists(fs::path("Data") / d))
             fs::create_directory_symlink(game / d, fs::path("Data") / d);
     return true;
+}
+
+// The game's window with its own GL state, on the built-in settings (there
+// is no settings file in the scratch directory) and without sound. The
+// ground's shading goes through glColor with lighting on, so initGL matters.
+inline void openGameWindow(int width, int height) {
+    blackbox.init("Data/blackbox.bvd", false);
+    config.init("Data/config.bvd");
+    bvtest::openWindow(width, height);
+    config.soundeffects = 0;
+    initGL();
 }
 
 // The whole back buffer, RGB rows from the bottom.

@@ -26,11 +26,7 @@ class EffectsFrame : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(effects::linkGameContent());
-        blackbox.init("Data/blackbox.bvd", false);
-        config.init("Data/config.bvd");
-        bvtest::openWindow(W, H);
-        config.soundeffects = 0;
-        initGL();
+        effects::openGameWindow(W, H);
         config.fog = 0;
         config.mousesteering = 0;
         config.joysticksteering = 0;

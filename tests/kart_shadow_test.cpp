@@ -29,14 +29,7 @@ class KartShadow : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(effects::linkGameContent());
-        blackbox.init("Data/blackbox.bvd", false);
-        // No settings file: the built-in settings, detail ranges included.
-        config.init("Data/config.bvd");
-        bvtest::openWindow(W, H);
-        // The game's GL state: the ground's shading goes through glColor
-        // with lighting on.
-        config.soundeffects = 0;
-        initGL();
+        effects::openGameWindow(W, H);
         config.lod = 2;
         config.LOrange[0] = config.LOrange[1] = config.LOrange[2] = 60;
         config.shadowprojectors = 0;
