@@ -85,6 +85,52 @@ TEST_F(LoopTest, MouseMotionAndButtons) {
     EXPECT_FALSE(mouse.lb);
 }
 
+TEST_F(LoopTest, AKeyTappedBetweenTwoFramesIsDownForOneFrame) {
+    SDL_Event down = keyEvent(SDL_KEYDOWN, SDLK_UP), up = keyEvent(SDL_KEYUP, SDLK_UP);
+    SDL_PushEvent(&down);
+    SDL_PushEvent(&up);
+    pumpEvents(done);
+    EXPECT_TRUE(keyboard.key[SDLK_UP]);
+    pumpEvents(done);
+    EXPECT_FALSE(keyboard.key[SDLK_UP]);
+}
+
+TEST_F(LoopTest, AKeyHeldOverFramesIsReleasedInTheFrameItIsLetGo) {
+    SDL_Event down = keyEvent(SDL_KEYDOWN, SDLK_UP), up = keyEvent(SDL_KEYUP, SDLK_UP);
+    SDL_PushEvent(&down);
+    pumpEvents(done);
+    EXPECT_TRUE(keyboard.key[SDLK_UP]);
+    SDL_PushEvent(&up);
+    pumpEvents(done);
+    EXPECT_FALSE(keyboard.key[SDLK_UP]);
+}
+
+TEST_F(LoopTest, AQuickClickStaysOnTheButtonForOneFrameAndTheMouseMovesOnAfter) {
+    SDL_Event e = {};
+    e.type = SDL_MOUSEMOTION;
+    e.motion.x = 100;
+    e.motion.y = 50;
+    SDL_PushEvent(&e);
+    e = {};
+    e.type = SDL_MOUSEBUTTONDOWN;
+    SDL_PushEvent(&e);
+    e.type = SDL_MOUSEBUTTONUP;
+    SDL_PushEvent(&e);
+    e = {};
+    e.type = SDL_MOUSEMOTION;
+    e.motion.x = 7;
+    e.motion.y = 9;
+    SDL_PushEvent(&e);
+    pumpEvents(done);
+    EXPECT_TRUE(mouse.lb);
+    EXPECT_EQ(mouse.x, 100u);
+    EXPECT_EQ(mouse.y, 50u);
+    pumpEvents(done);
+    EXPECT_FALSE(mouse.lb);
+    EXPECT_EQ(mouse.x, 7u);
+    EXPECT_EQ(mouse.y, 9u);
+}
+
 TEST_F(LoopTest, QuitEventEndsTheLoop) {
     SDL_Event e = {};
     e.type = SDL_QUIT;

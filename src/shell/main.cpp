@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "assets/font.h"
@@ -267,9 +268,47 @@ void handleEvent(const SDL_Event& event, bool& done) {
     }
 }
 
-void looppass(bool& done) {
+namespace {
+
+// A release that comes in the same pass as its press waits here for the next
+// pass, and with it everything queued behind it: otherwise a key tapped or a
+// button clicked between two slow frames would never be seen down at all.
+SDL_Event heldover;
+bool isheldover = false;
+
+bool releasesPressOfThisPass(const SDL_Event& event, const bool* keysdown, bool buttondown) {
+    if (event.type == SDL_KEYUP) {
+        unsigned int sym = event.key.keysym.sym;
+        return sym < KEYBOARD_NKEYS && keysdown[sym];
+    }
+    return event.type == SDL_MOUSEBUTTONUP && buttondown;
+}
+
+}  // namespace
+
+void pumpEvents(bool& done) {
+    static bool keysdown[KEYBOARD_NKEYS];
+    memset(keysdown, 0, sizeof keysdown);
+    bool buttondown = false;
     SDL_Event event;
-    while (SDL_PollEvent(&event)) handleEvent(event, done);
+    if (isheldover) {
+        isheldover = false;
+        handleEvent(heldover, done);
+    }
+    while (SDL_PollEvent(&event)) {
+        if (releasesPressOfThisPass(event, keysdown, buttondown)) {
+            heldover = event;
+            isheldover = true;
+            return;
+        }
+        if (event.type == SDL_KEYDOWN && event.key.keysym.sym < KEYBOARD_NKEYS) keysdown[event.key.keysym.sym] = true;
+        if (event.type == SDL_MOUSEBUTTONDOWN) buttondown = true;
+        handleEvent(event, done);
+    }
+}
+
+void looppass(bool& done) {
+    pumpEvents(done);
     if (menu.m == MENU_QUIT) done = true;
     joystick.refresh();
     mouse.refresh(menu.m == MENU_RACING);

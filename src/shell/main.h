@@ -25,6 +25,9 @@ unsigned int qbGetFileSize(const char* path);
 // The pieces of main(), apart so that they can be driven one by one.
 void startup();
 void handleEvent(const SDL_Event& event, bool& done);
+// Handles the queued events, holding a release that follows its press in the
+// same pass over to the next one.
+void pumpEvents(bool& done);
 void looppass(bool& done);
 unsigned long mainloop();  // returns the number of frames drawn
 [[noreturn]] void shutdown();
