@@ -50,6 +50,25 @@ TEST(TrackCheck, ABarrierWithOneXRegistersOnlyWhenTheCrossingRoundsToIt) {
     EXPECT_FALSE(track.check(0.5f, -10, 0.5f, 10));
 }
 
+TEST(TrackCheck, TheKartsPathTestSeesWhatTheOutlineTestMisses) {
+    // The same barriers as above, where check looks straight through them.
+    setPairs({{0, 0}, {0, 10}}, {{100, 0}, {101, 50}});
+    EXPECT_TRUE(track.crossesbarrier(-5, 5, 5, 5));
+    setPairs({{-5, 3}, {5, 4}}, {{100, 0}, {101, 50}});
+    EXPECT_TRUE(track.crossesbarrier(0.5f, -10, 0.5f, 10));
+    EXPECT_FALSE(track.crossesbarrier(0.5f, -10, 0.5f, 3));  // stops short of the barrier at z = 3.55
+    EXPECT_TRUE(track.crossesbarrier(5, 0, 5, 4));            // ends on its end point
+    EXPECT_FALSE(track.crossesbarrier(-5, 2, 5, 3));          // alongside it, a unit away
+    // It never touches the record of the last hit.
+    track.lasthit = 7;
+    track.lasthitL = false;
+    EXPECT_TRUE(track.crossesbarrier(0.5f, -10, 0.5f, 10));
+    EXPECT_EQ(track.lasthit, 7u);
+    EXPECT_FALSE(track.lasthitL);
+    track.nLRpoints = 0;
+    EXPECT_FALSE(track.crossesbarrier(-1000, -1000, 1000, 1000));
+}
+
 TEST(TrackCheck, ASegmentEndingOnTheBarrierLineCrossesIt) {
     setPairs({{0, 0}, {10, 10}}, {{100, 0}, {101, 50}});
     EXPECT_TRUE(track.check(5, 0, 2.5f, 2.5f));    // ends on the barrier at (2.5, 2.5)

@@ -389,6 +389,24 @@ static void emitslides(sGokart& k, float ay0) {
     }
 }
 
+// The barriers only meet the kart's outline, so a frame long enough for the
+// kart to travel past a barrier in one step would carry it off the circuit for
+// good: on a slow machine, at ten frames a second, pushing into a wall does
+// that within seconds. A move whose path crosses a barrier is taken back; the
+// outline's own test bounces the kart off the wall as before. Of the move,
+// what runs along the wall is kept, so that a kart scraping it slides on.
+void sGokart::staybehindbarriers() {
+    if (!track.crossesbarrier(opx, opz, px, pz)) return;
+    if (!track.crossesbarrier(opx, opz, px, opz)) {
+        pz = opz;
+    } else if (!track.crossesbarrier(opx, opz, opx, pz)) {
+        px = opx;
+    } else {
+        px = opx;
+        pz = opz;
+    }
+}
+
 void sGokart::move() {
     const sGokartStaticData& s = gokartstaticdata;
     const float fps = performance.fps;
@@ -589,6 +607,7 @@ void sGokart::move() {
     oaydiff = slidediff;
     px -= (float)sin(may / DEG) * step;
     pz -= (float)cos(may / DEG) * step;
+    staybehindbarriers();
 
     // Wheels, by Ackermann: the inner front wheel steers more than the outer.
     // The right wheel's path takes (R + t)(R - t) where the left takes (R - t)^2;

@@ -106,6 +106,7 @@ struct sGokart {
 
     void init(unsigned char ID);
     void move();
+    void staybehindbarriers();
     void colide();
     unsigned char colgokart(float x1, float z1, float x2, float z2);
     unsigned int getcheckpoint();

@@ -587,6 +587,32 @@ void sTrack::buildFences() {
     glEndList();
 }
 
+namespace {
+
+// Twice the signed area of the triangle a, b, c: which side of a-b c lies on.
+double side(double ax, double az, double bx, double bz, double cx, double cz) {
+    return (bx - ax) * (cz - az) - (bz - az) * (cx - ax);
+}
+
+bool segmentsmeet(double ax, double az, double bx, double bz, const sTrackPoint& P, const sTrackPoint& Q) {
+    double p = side(ax, az, bx, bz, P.x, P.z), q = side(ax, az, bx, bz, Q.x, Q.z);
+    double a = side(P.x, P.z, Q.x, Q.z, ax, az), b = side(P.x, P.z, Q.x, Q.z, bx, bz);
+    return ((p <= 0 && q >= 0) || (p >= 0 && q <= 0)) && ((a <= 0 && b >= 0) || (a >= 0 && b <= 0)) &&
+           !(p == 0 && q == 0);
+}
+
+}  // namespace
+
+bool sTrack::crossesbarrier(float x1, float z1, float x2, float z2) const {
+    const unsigned int n = nLRpoints < TRACK_MAXPOINTS ? nLRpoints : TRACK_MAXPOINTS;
+    for (unsigned int i = 0; i < n; i++) {
+        unsigned int j = (i + 1) % n;
+        if (segmentsmeet(x1, z1, x2, z2, Lpoint[i], Lpoint[j]) || segmentsmeet(x1, z1, x2, z2, Rpoint[i], Rpoint[j]))
+            return true;
+    }
+    return false;
+}
+
 bool sTrack::check(float x1, float z1, float x2, float z2) {
     const float tiny = 0.000001f;
     float dx = x2 - x1;
