@@ -111,7 +111,25 @@ TEST_F(KartModelsScenery, TheCameraSitsOnItsStand) {
     EXPECT_LT(std::fabs(camera.lo.x + camera.hi.x), 0.1f);
     // The lens looks along -z, where a heading of 0 looks.
     Box lens = bounds(model("camera"), nullptr, "Lens"), body = bounds(model("camera"), nullptr, "Body");
-    EXPECT_LT(lens.lo.z, body.lo.z - 0.2f);
+    EXPECT_LT(lens.lo.z, body.lo.z - 0.1f);
+}
+
+// The trackside view stands its eye 0.05 above the head's pivot and looks
+// where the head is aimed: no part of the head may come into that picture.
+TEST_F(KartModelsScenery, TheTracksideEyeSeesNothingOfTheCameraItStandsIn) {
+    const float eyeY = 0.05f, nearPlane = 0.1f;
+    // Half the view's height and width as slopes, the height a little
+    // generous: the eye and the head aim from 1.25 and 1.2.
+    const float up = 0.6f, side = 0.7f;
+    int seen = 0;
+    for (const t3DObject& o : model("camera").g_3DModel.pObject)
+        for (int i = 0; i < o.numOfVerts; i++) {
+            Vec p = gameAxes(o.pVerts[i]);
+            float depth = -p.z;
+            if (depth < nearPlane) continue;
+            if (std::fabs(p.y - eyeY) < up * depth && std::fabs(p.x) < side * depth) seen++;
+        }
+    EXPECT_EQ(seen, 0);
 }
 
 TEST_F(KartModelsScenery, ThePlantIsOneUprightQuadFacingPlusZ) {

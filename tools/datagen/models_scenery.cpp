@@ -279,20 +279,23 @@ writer3ds::Model finishGantry() {
     return b.finish();
 }
 
-// The TV camera head, about its pivot on the stand: the body above the
-// pivot, the lens looking along -z.
+// The TV camera head, about its pivot on the stand, the lens looking along
+// -z. The trackside view puts the eye just above the pivot, so everything but
+// the lens sits behind the pivot and the lens rides high enough to stay out of
+// the picture: the viewer looks out from under it, as the operator would.
 writer3ds::Model tvCamera() {
     Builder b;
     int metal = b.material("Body", 190, 190, 195, "Metal.tga");
     int dark = b.material("Lens", 30, 30, 30, "Tyre.tga");
     Mesh& m = b.object("Body", metal);
-    tube(m, {0, 0, 0}, {0, 0.07f, 0}, 0.06f, 0.05f, 12, true);  // pan head
-    box(m, {-0.11f, 0.07f, -0.26f}, {0.11f, 0.33f, 0.22f}, 3);
-    box(m, {-0.02f, 0.33f, -0.2f}, {0.02f, 0.37f, 0.12f}, 6);   // handle
-    box(m, {-0.19f, 0.2f, -0.2f}, {-0.11f, 0.3f, -0.04f}, 6);   // viewfinder
+    tube(m, {0, 0, 0}, {0, 0.04f, 0}, 0.05f, 0.04f, 12, true);  // pan head
+    box(m, {-0.04f, 0.04f, 0.02f}, {0.04f, 0.12f, 0.12f}, 2);    // mount
+    box(m, {-0.11f, 0.12f, 0.04f}, {0.11f, 0.38f, 0.5f}, 3);
+    box(m, {-0.02f, 0.38f, 0.1f}, {0.02f, 0.42f, 0.42f}, 6);     // handle
+    box(m, {-0.19f, 0.25f, 0.1f}, {-0.11f, 0.35f, 0.26f}, 6);    // viewfinder
     Mesh& d = b.object("Lens", dark);
-    tube(d, {0, 0.2f, -0.26f}, {0, 0.2f, -0.5f}, 0.075f, 0.085f, 16, true);
-    box(d, {-0.08f, 0.09f, 0.22f}, {0.08f, 0.28f, 0.3f}, 3);    // battery
+    tube(d, {0, 0.26f, 0.04f}, {0, 0.26f, -0.2f}, 0.07f, 0.08f, 16, true);
+    box(d, {-0.08f, 0.15f, 0.5f}, {0.08f, 0.34f, 0.58f}, 3);    // battery
     return b.finish();
 }
 
