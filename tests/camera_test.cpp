@@ -222,6 +222,22 @@ TEST_F(CameraStepTest, ChaseViewEasesTwoBehindAndOneAndAHalfUp) {
     EXPECT_NEAR(camera.ay, 90, 1e-4);
 }
 
+TEST_F(CameraStepTest, ASlowFrameTakesTheEyeToItsTargetAndNoFurther) {
+    kart.ay = 90;
+    camera.ay = 0;
+    step(CAMERA_CHASE, 1);  // 10 / 1 would carry the eye ten times past
+    EXPECT_NEAR(camera.px, 12, 1e-4);
+    EXPECT_NEAR(camera.py, 1.5f, 1e-5);
+    EXPECT_NEAR(camera.pz, 20, 1e-4);
+    EXPECT_NEAR(camera.ax, -15, 1e-5);
+    EXPECT_NEAR(camera.ay, 90, 1e-4);
+    camera.px = camera.pz = 0;
+    camera.py = 3;
+    step(CAMERA_HIGH, 2);  // 5 / 2 likewise
+    EXPECT_NEAR(camera.px, 1, 1e-5);
+    EXPECT_NEAR(camera.pz, 2, 1e-5);
+}
+
 TEST_F(CameraStepTest, HeadingTurnsTheShortWayAndWrapsOnce) {
     kart.ay = -170;
     camera.ay = 170;

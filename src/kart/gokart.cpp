@@ -708,7 +708,11 @@ void sGokart::think() {
 
     // Now and then the driver's attention lapses and the wheel stays put.
     int r = rand() % 100;
-    if (r > (int)config.aistupidity[level]) sw_ay += ((h - ay) - sw_ay) * 25 / fps;
+    // The wheel closes on the aim by 25 times its gap a second; below 25
+    // frames a second that would overshoot the aim, and below 12.5 swing the
+    // wheel ever wider, so one frame never turns it past the aim.
+    float follow = 25 / fps < 1 ? 25 / fps : 1;
+    if (r > (int)config.aistupidity[level]) sw_ay += ((h - ay) - sw_ay) * follow;
     // Half a turn, not a whole one: the wheel has always wrapped this way.
     if (sw_ay < -180)
         sw_ay += 180;

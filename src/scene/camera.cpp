@@ -172,6 +172,10 @@ void sCamera::follow(sCamera target, const sGokart& kart) {
         az = 0;
     }
 
+    // A slow frame (the first of a race follows the long one that set it up)
+    // would push the easing past its target and fling the eye about: one
+    // frame never takes it further than the target.
+    if (f > 1) f = 1;
     if (f != 0) {
         px += (target.px - px) * f;
         py += (target.py - py) * f;
