@@ -50,23 +50,21 @@ TEST(TrackCheck, ABarrierWithOneXRegistersOnlyWhenTheCrossingRoundsToIt) {
     EXPECT_FALSE(track.check(0.5f, -10, 0.5f, 10));
 }
 
-TEST(TrackCheck, TheKartsPathTestSeesWhatTheOutlineTestMisses) {
-    // The same barriers as above, where check looks straight through them.
+TEST(TrackCheck, OnTheTrackIsBetweenTheTwoBarriers) {
+    // A square road: the left barrier the outer square, the right the inner.
+    setPairs({{-10, -10}, {10, -10}, {10, 10}, {-10, 10}}, {{-5, -5}, {5, -5}, {5, 5}, {-5, 5}});
+    EXPECT_TRUE(track.ontrack(-7.5f, 0));
+    EXPECT_TRUE(track.ontrack(0, 9.99f));
+    EXPECT_FALSE(track.ontrack(0, 0));      // the infield
+    EXPECT_FALSE(track.ontrack(0, 10.01f)); // beyond the outer barrier
+    EXPECT_FALSE(track.ontrack(30, 0));
+    // The other way round, the inner line as the left barrier, is the same road.
+    setPairs({{-5, -5}, {5, -5}, {5, 5}, {-5, 5}}, {{-10, -10}, {10, -10}, {10, 10}, {-10, 10}});
+    EXPECT_TRUE(track.ontrack(-7.5f, 0));
+    EXPECT_FALSE(track.ontrack(0, 0));
+    // Two pairs enclose nothing: everywhere is on it.
     setPairs({{0, 0}, {0, 10}}, {{100, 0}, {101, 50}});
-    EXPECT_TRUE(track.crossesbarrier(-5, 5, 5, 5));
-    setPairs({{-5, 3}, {5, 4}}, {{100, 0}, {101, 50}});
-    EXPECT_TRUE(track.crossesbarrier(0.5f, -10, 0.5f, 10));
-    EXPECT_FALSE(track.crossesbarrier(0.5f, -10, 0.5f, 3));  // stops short of the barrier at z = 3.55
-    EXPECT_TRUE(track.crossesbarrier(5, 0, 5, 4));            // ends on its end point
-    EXPECT_FALSE(track.crossesbarrier(-5, 2, 5, 3));          // alongside it, a unit away
-    // It never touches the record of the last hit.
-    track.lasthit = 7;
-    track.lasthitL = false;
-    EXPECT_TRUE(track.crossesbarrier(0.5f, -10, 0.5f, 10));
-    EXPECT_EQ(track.lasthit, 7u);
-    EXPECT_FALSE(track.lasthitL);
-    track.nLRpoints = 0;
-    EXPECT_FALSE(track.crossesbarrier(-1000, -1000, 1000, 1000));
+    EXPECT_TRUE(track.ontrack(-1000, 7));
 }
 
 TEST(TrackCheck, ASegmentEndingOnTheBarrierLineCrossesIt) {

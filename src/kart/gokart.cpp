@@ -389,22 +389,25 @@ static void emitslides(sGokart& k, float ay0) {
     }
 }
 
-// The barriers only meet the kart's outline, so a frame long enough for the
-// kart to travel past a barrier in one step would carry it off the circuit for
-// good: on a slow machine, at ten frames a second, pushing into a wall does
-// that within seconds. A move whose path crosses a barrier is taken back; the
-// outline's own test bounces the kart off the wall as before. Of the move,
-// what runs along the wall is kept, so that a kart scraping it slides on.
+// The barriers only meet the kart's outline, and its edges running along x
+// or z never register, so a kart pushed into a wall, or a frame long enough to
+// step past one, could carry it off the circuit for good. A move that takes
+// the kart's centre off the circuit is taken back; the outline's own test
+// bounces the kart off the wall as before. Of the move, what runs along the
+// wall is kept, so that a kart scraping it slides on; where the wall's slight
+// zigzag leaves no way along it, the part into the wall is turned back out.
 void sGokart::staybehindbarriers() {
-    if (!track.crossesbarrier(opx, opz, px, pz)) return;
-    if (!track.crossesbarrier(opx, opz, px, opz)) {
-        pz = opz;
-    } else if (!track.crossesbarrier(opx, opz, opx, pz)) {
-        px = opx;
-    } else {
-        px = opx;
-        pz = opz;
-    }
+    if (track.ontrack(px, pz) || !track.ontrack(opx, opz)) return;
+    const float dx = px - opx, dz = pz - opz;
+    const float ways[4][2] = {{dx, 0}, {0, dz}, {-dx, dz}, {dx, -dz}};
+    for (const auto& w : ways)
+        if (track.ontrack(opx + w[0], opz + w[1])) {
+            px = opx + w[0];
+            pz = opz + w[1];
+            return;
+        }
+    px = opx;
+    pz = opz;
 }
 
 void sGokart::move() {

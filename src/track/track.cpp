@@ -589,28 +589,23 @@ void sTrack::buildFences() {
 
 namespace {
 
-// Twice the signed area of the triangle a, b, c: which side of a-b c lies on.
-double side(double ax, double az, double bx, double bz, double cx, double cz) {
-    return (bx - ax) * (cz - az) - (bz - az) * (cx - ax);
-}
-
-bool segmentsmeet(double ax, double az, double bx, double bz, const sTrackPoint& P, const sTrackPoint& Q) {
-    double p = side(ax, az, bx, bz, P.x, P.z), q = side(ax, az, bx, bz, Q.x, Q.z);
-    double a = side(P.x, P.z, Q.x, Q.z, ax, az), b = side(P.x, P.z, Q.x, Q.z, bx, bz);
-    return ((p <= 0 && q >= 0) || (p >= 0 && q <= 0)) && ((a <= 0 && b >= 0) || (a >= 0 && b <= 0)) &&
-           !(p == 0 && q == 0);
+// Even-odd rule over the closed line through the points.
+bool insideline(const sTrackPoint* p, unsigned int n, double x, double z) {
+    bool in = false;
+    for (unsigned int i = 0, j = n - 1; i < n; j = i++)
+        if ((p[i].z > z) != (p[j].z > z) && x < (double(p[j].x) - p[i].x) * (z - p[i].z) / (double(p[j].z) - p[i].z) + p[i].x)
+            in = !in;
+    return in;
 }
 
 }  // namespace
 
-bool sTrack::crossesbarrier(float x1, float z1, float x2, float z2) const {
+bool sTrack::ontrack(float x, float z) const {
     const unsigned int n = nLRpoints < TRACK_MAXPOINTS ? nLRpoints : TRACK_MAXPOINTS;
-    for (unsigned int i = 0; i < n; i++) {
-        unsigned int j = (i + 1) % n;
-        if (segmentsmeet(x1, z1, x2, z2, Lpoint[i], Lpoint[j]) || segmentsmeet(x1, z1, x2, z2, Rpoint[i], Rpoint[j]))
-            return true;
-    }
-    return false;
+    if (n < 3) return true;
+    // One barrier runs round the other: a point between them is inside
+    // exactly one of the two lines.
+    return insideline(Lpoint, n, x, z) != insideline(Rpoint, n, x, z);
 }
 
 bool sTrack::check(float x1, float z1, float x2, float z2) {

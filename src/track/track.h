@@ -75,10 +75,9 @@ struct sTrack {
     void parse(FILE* f, const char* filename);
     // Whether the segment crosses a barrier; lasthit and lasthitL say which one.
     bool check(float x1, float z1, float x2, float z2);
-    // Whether the segment crosses or touches a barrier, by exact orientation
-    // tests: unlike check it sees segments running straight along x or z.
-    // Leaves lasthit alone.
-    bool crossesbarrier(float x1, float z1, float x2, float z2) const;
+    // Whether the point lies between the two barriers. Without at least three
+    // pairs there is no area between them, and every point counts as on it.
+    bool ontrack(float x, float z) const;
     // Which objects, centre points and barrier segments the camera sees this frame.
     void isinview();
     // Gantry, TV cameras, barriers, roadside objects and fences.
