@@ -187,6 +187,25 @@ TEST(ContentPictures, TheLoadingBarsPlaceOnTheSplashIsClear) {
     free(img.data);
 }
 
+TEST(ContentPictures, TheAboutKeyCapsStandClearOfTheTextLines) {
+    sTGAImage img = decodeFile(kGame + "/Data/GUI/about.tga");
+    ASSERT_NE(img.data, nullptr);
+    // The game writes its widest line, "Mouse left/right or", across x
+    // 0.39..0.61 around y 0.34 (from the bottom), and the heading and key
+    // names above it inside the same span: the picture holds no light key cap there.
+    int light = 0;
+    for (float line : {0.57f, 0.54f, 0.47f, 0.44f, 0.37f, 0.34f, 0.31f}) {
+        unsigned int y0 = (unsigned int)((line - 0.012f) * img.height), y1 = (unsigned int)((line + 0.012f) * img.height);
+        for (unsigned int y = y0; y <= y1; y++)
+            for (unsigned int x = (unsigned int)(0.39 * img.width); x <= (unsigned int)(0.61 * img.width); x++) {
+                const unsigned char* p = img.data + ((size_t)y * img.width + x) * 3;
+                if (std::min(p[0], std::min(p[1], p[2])) > 150) light++;
+            }
+    }
+    EXPECT_EQ(light, 0);
+    free(img.data);
+}
+
 TEST(ContentPictures, TheDialsScaleStartsWhereTheNeedleRests) {
     // The needle turns clockwise from its rest; the dial's zero tick must sit there.
     sTGAImage needle = decodeFile(kGame + "/Data/Textures/Needle.tga");

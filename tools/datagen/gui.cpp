@@ -197,10 +197,12 @@ bvw::RGBA8Image makeAbout() {
     keyCap(c, 644, sy(0.555f), 0);
     keyCap(c, 380, sy(0.455f), 180);
     keyCap(c, 644, sy(0.455f), 180);
-    keyCap(c, 362, sy(0.34f), 270);
-    keyCap(c, 400, sy(0.34f), 90);
-    keyCap(c, 626, sy(0.34f), 270);
-    keyCap(c, 664, sy(0.34f), 90);
+    // The steering line is the widest text ("Mouse left/right or", 401 to
+    // 623): its caps stand clear of it.
+    keyCap(c, 324, sy(0.34f), 270);
+    keyCap(c, 362, sy(0.34f), 90);
+    keyCap(c, 662, sy(0.34f), 270);
+    keyCap(c, 700, sy(0.34f), 90);
     c.box(300, sy(0.255f) - 1, 724, sy(0.255f) + 1, rgb(0xffb347, 0.4f));
     return stored(c);
 }
