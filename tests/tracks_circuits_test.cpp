@@ -258,6 +258,13 @@ TEST(TracksCircuits, SourceMistakesAreNamed) {
     EXPECT_EQ(error, nextLine() + "unknown object type crane");
     EXPECT_FALSE(buildTrack(std::string(kSmall) + "object sign1 nowhere left 2\n", "Small", &build, &error));
     EXPECT_EQ(error, nextLine() + "unknown place nowhere");
+    // Scenery keeps out of a TV camera's view, wherever the camera is written.
+    EXPECT_FALSE(buildTrack(std::string(kSmall) + "object barrel 10 left 1.5\ncamera 10 left 3\n", "Small", &build,
+                            &error));
+    EXPECT_EQ(error, nextLine() + "the barrel stands in front of a TV camera");
+    EXPECT_TRUE(buildTrack(std::string(kSmall) + "object barrel 20 left 1.5\ncamera 10 left 3\n", "Small", &build,
+                           &error))
+        << error;
     EXPECT_FALSE(buildTrack(std::string(kSmall) + "wiggle 3\n", "Small", &build, &error));
     EXPECT_EQ(error, nextLine() + "unknown statement wiggle");
     EXPECT_FALSE(buildTrack(kSmall, "ab", &build, &error));

@@ -32,6 +32,7 @@ const float kMaxCameraDistance = 24.0f;
 // Closest two roadside things may stand, middle to middle.
 const float kMinSpacing = 0.9f;
 
+
 std::string format(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 std::string format(const char* fmt, ...) {
     char buffer[512];
@@ -532,6 +533,15 @@ std::vector<std::string> validateTrack(const std::string& text, const std::vecto
             problems.push_back(format("TV camera %zu stands on the road at %s", i, where(c).c_str()));
         else if (distanceToBarriers(t, c) < objectRoom(-1))
             problems.push_back(format("TV camera %zu at %s stands against the barrier", i, where(c).c_str()));
+        // The trackside view looks out of the camera at the road: nothing
+        // may stand close in front of it, between it and the barrier.
+        const double room = distanceToBarriers(t, c);
+        for (size_t j = 0; j < t.objects.size(); j++) {
+            const Point& o = t.objects[j].at;
+            if (std::hypot(o.x - c.x, o.z - c.z) < kCameraClearView && distanceToBarriers(t, o) < room)
+                problems.push_back(format("object %zu (%s) stands in front of TV camera %zu at %s", j,
+                                          objectTypeName(t.objects[j].type), i, where(c).c_str()));
+        }
     }
     // Nothing stands inside anything else: the scenery and the camera stands
     // keep a little space between them.

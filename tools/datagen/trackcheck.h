@@ -22,6 +22,9 @@ const float kFinishZ = 2.5f;
 const int kGridKarts = 7;              // every kart is put on the grid, racing or not
 const int kMaxPairs = 255;             // the kart's checkpoint is 8-bit
 const int kObjectTypes = 12;
+// The trackside view looks out of a TV camera at the road: this far in front
+// of it, between it and the barrier, no scenery may stand.
+const float kCameraClearView = 3.0f;
 
 struct Point {
     float x = 0, z = 0;

@@ -417,6 +417,16 @@ bool buildTrack(const std::string& sourceText, const std::string& fallbackName, 
     auto beside = [&](double s, double sign, double offset) {
         return centre.position(s) + centre.leftward(s) * (sign * (centre.width(s) / 2 + offset));
     };
+    // Scenery may not stand close in front of a TV camera, between it and
+    // the barrier: the trackside view looks out of the camera at the road.
+    // The cameras are placed first so that the scenery can keep clear of them.
+    std::vector<V2> cameraAt;
+    auto blocksACamera = [&](V2 p) {
+        p = snap(p);
+        for (V2 c : cameraAt)
+            if (length(c - p) < trackcheck::kCameraClearView && barriers.clearance(p) < barriers.clearance(c)) return true;
+        return false;
+    };
     auto emit = [&](V2 p, int type) {
         if (type < 0) {
             cameras << "C " << fileValue(p.x) << " " << fileValue(p.z) << "\n";
@@ -429,7 +439,13 @@ bool buildTrack(const std::string& sourceText, const std::string& fallbackName, 
         }
     };
 
-    for (const Decoration& d : b.decorations) {
+    std::vector<const Decoration*> order;
+    for (const Decoration& d : b.decorations)
+        if (d.kind == "camera") order.push_back(&d);
+    for (const Decoration& d : b.decorations)
+        if (d.kind != "camera") order.push_back(&d);
+    for (const Decoration* dp : order) {
+        const Decoration& d = *dp;
         const std::vector<std::string>& a = d.args;
         auto fail = [&](const std::string& what) {
             *error = "line " + std::to_string(d.line) + ": " + what;
@@ -462,12 +478,14 @@ bool buildTrack(const std::string& sourceText, const std::string& fallbackName, 
             V2 p = beside(s, sign, num[0]);
             if (!clear(p, -1)) return fail("the camera stands on the road or against the barrier");
             emit(p, -1);
+            cameraAt.push_back(snap(p));
         } else if (d.kind == "object") {
             if (!need(4, "a type, a place, a side and an offset") || !b.type(d.line, a[0], &type) ||
                 !b.place(centre, d.line, a[1], &s) || !b.side(d.line, a[2], &sign) || !numbers({3}))
                 return report();
             V2 p = beside(s, sign, num[0]);
             if (!clear(p, type)) return fail("the " + a[0] + " stands on the road or against the barrier");
+            if (blocksACamera(p)) return fail("the " + a[0] + " stands in front of a TV camera");
             emit(p, type);
         } else if (d.kind == "row") {
             if (!need(6, "a type, two places, a spacing, a side and an offset") || !b.type(d.line, a[0], &type) ||
@@ -479,6 +497,7 @@ bool buildTrack(const std::string& sourceText, const std::string& fallbackName, 
             for (double t = 0; t <= span + 1e-6; t += num[0]) {
                 V2 p = beside(s + t, sign, num[1]);
                 if (!clear(p, type)) return fail("a " + a[0] + " of the row stands on the road or against the barrier");
+                if (blocksACamera(p)) continue;  // a gap in the row for the camera's view
                 emit(p, type);
             }
         } else if (d.kind == "group") {
@@ -494,7 +513,7 @@ bool buildTrack(const std::string& sourceText, const std::string& fallbackName, 
                 bool crowded = false;
                 for (const auto& other : placed)
                     if (length(other.first - snap(p)) < 0.9) crowded = true;
-                if (crowded || !clear(p, type)) continue;
+                if (crowded || !clear(p, type) || blocksACamera(p)) continue;
                 emit(p, type);
                 got++;
             }
@@ -504,6 +523,7 @@ bool buildTrack(const std::string& sourceText, const std::string& fallbackName, 
                 return report();
             V2 p{num[0], num[1]};
             if (!clear(p, type)) return fail("the " + a[0] + " stands on the road or against the barrier");
+            if (blocksACamera(p)) return fail("the " + a[0] + " stands in front of a TV camera");
             emit(p, type);
         }
     }
