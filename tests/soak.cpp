@@ -154,7 +154,7 @@ int main(int argc, char** argv) {
     config.ngokarts = 6;
     config.checkvars();
     // Not counted: Mesa's glXUseXFont, which the bitmap font is made with,
-    // raises GL_OUT_OF_MEMORY for the empty glyphs of the "fixed" font.
+    // raises GL_OUT_OF_MEMORY while it turns the "fixed" X font into lists.
     while (GLenum e = glGetError()) printf("soak: %s during start-up (not counted)\n", glname(e));
 
     using clock = std::chrono::steady_clock;
@@ -162,7 +162,9 @@ int main(int argc, char** argv) {
     auto since = [&](clock::time_point t) { return std::chrono::duration<double>(clock::now() - t).count(); };
 
     long frames = 0, glerrors = 0, racestarts = 0, lostkarts = 0;
-    static sGokart before[GOKART_NKARTS];
+    struct Place {
+        float px, pz, ay, ups, sw_ay, slidediff;
+    } before[GOKART_NKARTS] = {};
     // Memory in use swings by megabytes from frame to frame with what the
     // renderer has to draw; what a leak raises is the floor under the swings.
     // So the judgement compares the lowest resident size of the minute after
@@ -229,11 +231,11 @@ int main(int argc, char** argv) {
         for (unsigned int i = 0; i < config.ngokarts && i < GOKART_NKARTS; i++) {
             const sGokart& k = gokart[i];
             if (std::isfinite(k.px) && std::isfinite(k.pz) && std::isfinite(k.ay)) {
-                before[i] = k;
+                before[i] = {k.px, k.pz, k.ay, k.ups, k.sw_ay, k.slidediff};
                 continue;
             }
             if (lostkarts++ < 5) {
-                const sGokart& b = before[i];
+                const Place& b = before[i];
                 printf("soak: kart %u is at no place (not a number) in frame %ld at %.1f fps; the frame before "
                        "it was at (%g, %g) heading %g, speed %g, steering %g, slide %g\n",
                        i, frames, performance.fps, b.px, b.pz, b.ay, b.ups, b.sw_ay, b.slidediff);
