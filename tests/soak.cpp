@@ -41,6 +41,14 @@ namespace fs = std::filesystem;
 
 namespace {
 
+// The scratch copy of the game is removed however the soak ends, short of a crash.
+std::string scratchdir;
+void removescratch() {
+    if (scratchdir.empty()) return;
+    std::error_code ec;
+    fs::remove_all(scratchdir, ec);
+}
+
 struct Options {
     double seconds = 1800;
     long frames = -1;
@@ -136,6 +144,8 @@ int main(int argc, char** argv) {
         perror("soak: mkdtemp");
         return 2;
     }
+    scratchdir = scratch;
+    std::atexit(removescratch);
     std::error_code ec;
     fs::copy(fs::path(o.gamedir) / "Data", fs::path(scratch) / "Data", fs::copy_options::recursive, ec);
     if (ec || chdir(scratch.c_str()) != 0) {
@@ -298,6 +308,7 @@ int main(int argc, char** argv) {
     if (failed) {
         printf("soak: FAILED\n");
         fflush(stdout);
+        removescratch();
         _exit(1);
     }
     printf("soak: clean; leaving through the game's own shutdown\n");
