@@ -5,16 +5,21 @@
 # `make test-asan` builds in build-asan and runs every test under AddressSanitizer
 # and UndefinedBehaviorSanitizer; `make fuzz FUZZ_SECONDS=...` fuzzes each file
 # reader for that long (build-fuzz, clang).
+# `make soak SOAK_SECONDS=...` races the computer karts for that long (30 min)
+# with every effect on, in a debug build in build-soak, failing on GL errors,
+# crashes or memory growth, then checks a short race under valgrind.
 
 BUILD   ?= build
 ASAN_BUILD ?= build-asan
 FUZZ_BUILD ?= build-fuzz
 FUZZ_SECONDS ?= 60
+SOAK_BUILD ?= build-soak
+SOAK_SECONDS ?= 1800
 JOBS    ?= $(shell nproc)
 XVFB    := scripts/with-xvfb
 PREFIX  ?= /usr/local
 
-.PHONY: all run test test-asan fuzz setup deps configure build install uninstall clean
+.PHONY: all run test test-asan fuzz soak setup deps configure build install uninstall clean
 
 all: setup
 
@@ -52,6 +57,13 @@ test-asan: deps
 fuzz: deps
 	@scripts/fuzz --build-dir $(FUZZ_BUILD) --seconds $(FUZZ_SECONDS)
 
+# The content comes from the ordinary build; only the soak program is built
+# again, without optimisation and with its assertions.
+soak: setup
+	@cmake -S . -B $(SOAK_BUILD) -DCMAKE_BUILD_TYPE=Debug >/dev/null
+	@cmake --build $(SOAK_BUILD) --target soak -j $(JOBS)
+	@scripts/soak --build-dir $(SOAK_BUILD) --game-dir $(BUILD)/game --seconds $(SOAK_SECONDS)
+
 install: setup
 	cmake --install $(BUILD) --prefix "$(PREFIX)"
 
@@ -59,4 +71,4 @@ uninstall:
 	cmake --build $(BUILD) --target uninstall
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD) $(SOAK_BUILD)

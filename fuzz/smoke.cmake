@@ -11,7 +11,7 @@ if(BV_CLANGXX AND BV_FUZZ_RUNTIME AND NOT BV_SANITIZE AND NOT BV_FUZZ)
   add_test(NAME fuzz_build
     COMMAND ${CMAKE_SOURCE_DIR}/scripts/fuzz --build-dir ${BV_FUZZ_DIR} --build-only)
   set_tests_properties(fuzz_build PROPERTIES FIXTURES_SETUP fuzzbuild TIMEOUT 1800)
-  foreach(target tga 3ds track settings racesetup)
+  foreach(target tga 3ds track settings racesetup highscore ghost)
     add_test(NAME fuzz_smoke_${target}
       COMMAND ${CMAKE_SOURCE_DIR}/scripts/fuzz --build-dir ${BV_FUZZ_DIR}
               --seconds ${BV_FUZZ_SMOKE_SECONDS} ${target})

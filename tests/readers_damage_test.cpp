@@ -4,11 +4,15 @@
 
 #include <gtest/gtest.h>
 
+#include <cfloat>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <string>
 
+#include "frontend/highscore.h"
 #include "kart/gokart.h"
+#include "scene/ghost.h"
 #include "scene/camera.h"
 #include "shell/blackbox.h"
 #include "shell/keyboard.h"
@@ -125,6 +129,87 @@ TEST(ReadersDamage, DetailPastTheTablesSeesAndDrawsLikeTheHighest) {
     config.LOrange[2] = 1;
     gokart[0].isinview();
     EXPECT_FALSE(gokart[0].inviewG);
+}
+
+// Numbers at the ends of float are read as they are; saving them back once cut
+// a sample's three lines short (they shared one 64-byte line), so the file
+// written lost its numbers and line breaks. Each number now has a line of its
+// own room.
+TEST(ReadersDamage, GhostNumbersAtTheFloatLimitAreSavedWhole) {
+    ScratchDir dir;
+    blackbox.init("Data/blackbox.bvd", false);
+    std::filesystem::create_directories("Data/Ghosts");
+    std::string path = regression("ghost", "numbers-at-the-float-limit");
+    ASSERT_TRUE(bvtest::fileExists(path));
+    std::string original = bvtest::readFile(path);
+    bvtest::writeFile("Data/Ghosts/limit.txt", original);
+    config.PATH[0] = 0;
+    strcpy(track.trackname[0], "limit");
+    config.track = 0;
+    ghost.init();
+    ASSERT_EQ(ghost.nRecs[1], 2);
+    EXPECT_EQ(ghost.bestTime, FLT_MAX);
+    EXPECT_EQ(ghost.px[1][0], -FLT_MAX);
+    EXPECT_EQ(ghost.pz[1][0], FLT_MAX);
+    EXPECT_EQ(ghost.ay[1][0], -1e38f);
+    EXPECT_EQ(ghost.ay[1][1], 7.5f);
+
+    ghost.save();
+    std::vector<std::string> l = bvtest::lines(bvtest::readFile("Data/Ghosts/limit.txt"));
+    ASSERT_EQ(l.size(), 1u + 3 * 2);
+    EXPECT_EQ(l[1], "-340282346638528859811704183484516925440.000000");
+    EXPECT_EQ(l[3], "-99999996802856924650656260769173209088.000000");
+    EXPECT_EQ(l[6], "7.500000");
+    ghost.init();
+    ASSERT_EQ(ghost.nRecs[1], 2);
+    EXPECT_EQ(ghost.px[1][0], -FLT_MAX);
+    EXPECT_EQ(ghost.pz[1][1], 6.5f);
+}
+
+// A name longer than its field is read in pieces: the first 31 characters
+// make one entry, whose time then fails to read and stays 99, and the rest of
+// the name starts the next entry. Nothing runs past a field.
+TEST(ReadersDamage, ARecordNameLongerThanItsFieldIsSplitNeverOverrun) {
+    ScratchDir dir;
+    blackbox.init("Data/blackbox.bvd", false);
+    std::filesystem::create_directories("Data/Highscore");
+    bvtest::writeFile("Data/Highscore/long.txt",
+                      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmn 33.5\nBEN 34.25\n");
+    config.PATH[0] = 0;
+    strcpy(track.trackname[0], "long");
+    config.track = 0;
+    highscore.init();
+    EXPECT_STREQ(highscore.laprecord_name[0], "ABCDEFGHIJKLMNOPQRSTUVWXYZabcde");
+    EXPECT_EQ(highscore.laprecord_time[0], 99.0f);
+    EXPECT_STREQ(highscore.laprecord_name[1], "fghijklmn");
+    EXPECT_EQ(highscore.laprecord_time[1], 33.5f);
+    EXPECT_STREQ(highscore.laprecord_name[2], "BEN");
+    EXPECT_STREQ(highscore.laprecord_name[3], "nobody");
+}
+
+// A word where a number should be stops the reading for good: every read
+// after it fails without moving on, so the count runs up to the cap and the
+// samples from there keep the kart's place, where init put them.
+TEST(ReadersDamage, AWordInAGhostFileLeavesTheRestOfTheLapAtTheKart) {
+    ScratchDir dir;
+    blackbox.init("Data/blackbox.bvd", false);
+    std::filesystem::create_directories("Data/Ghosts");
+    bvtest::writeFile("Data/Ghosts/word.txt", "41.5\n1\n2\n3\n4\n5\nsix\n7\n8\n9\n");
+    config.PATH[0] = 0;
+    strcpy(track.trackname[0], "word");
+    config.track = 0;
+    gokart[0].px = 26;
+    gokart[0].pz = 22;
+    gokart[0].ay = 90;
+    ghost.init();
+    EXPECT_EQ(ghost.bestTime, 41.5f);
+    EXPECT_EQ(ghost.nRecs[1], GHOST_MAXRECS - 1);
+    EXPECT_EQ(ghost.px[1][0], 1.0f);
+    EXPECT_EQ(ghost.ay[1][0], 3.0f);
+    EXPECT_EQ(ghost.pz[1][1], 5.0f);
+    EXPECT_EQ(ghost.ay[1][1], 90.0f);
+    EXPECT_EQ(ghost.px[1][500], 26.0f);
+    EXPECT_EQ(ghost.pz[1][998], 22.0f);
 }
 
 }  // namespace

@@ -72,12 +72,17 @@ void sHighscore::dispifnewrecord() {
     }
 }
 
-void sHighscore::save() {
+std::string sHighscore::text() const {
     std::string text;
+    // A whole name and the longest "%f" there is fit with room to spare.
     char line[HIGHSCORE_NAMELENGTH + 64];
     for (unsigned int i = 0; i < HIGHSCORE_N; i++) {
         snprintf(line, sizeof line, "%s %f\n", laprecord_name[i], laprecord_time[i]);
         text += line;
     }
-    savesafely(recordfile(), text);
+    return text;
+}
+
+void sHighscore::save() {
+    savesafely(recordfile(), text());
 }

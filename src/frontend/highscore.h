@@ -4,6 +4,8 @@
 // The ten best laps of the selected track with their drivers, kept in
 // Data/Highscore/<track>.txt, and the "NEW RECORD!" announcement.
 
+#include <string>
+
 const unsigned int HIGHSCORE_N = 10;
 const unsigned int HIGHSCORE_NAMELENGTH = 32;
 
@@ -19,6 +21,8 @@ struct sHighscore {
     // Once per race frame: the announcement while it lasts.
     void dispifnewrecord();
     void save();
+    // The record file's text, as save() writes it.
+    std::string text() const;
 };
 
 extern sHighscore highscore;

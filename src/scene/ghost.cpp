@@ -120,16 +120,24 @@ void sGhost::badone() {
     timer[1] = 0;
 }
 
-void sGhost::save() {
+std::string sGhost::text() const {
     std::string text;
+    // Room for the longest "%f" there is (a float near its limit has 39
+    // digits before the point), so no number read from a file is cut short.
     char line[64];
     snprintf(line, sizeof line, "%f\n", bestTime);
     text += line;
     for (int i = 0; i < nRecs[1] && i < GHOST_MAXRECS; i++) {
-        snprintf(line, sizeof line, "%f\n%f\n%f\n", px[1][i], pz[1][i], ay[1][i]);
-        text += line;
+        for (float v : {px[1][i], pz[1][i], ay[1][i]}) {
+            snprintf(line, sizeof line, "%f\n", v);
+            text += line;
+        }
     }
-    savesafely(ghostfile(), text);
+    return text;
+}
+
+void sGhost::save() {
+    savesafely(ghostfile(), text());
 }
 
 void ghostframe() {

@@ -4,6 +4,8 @@
 // The ghost kart: the path of kart 0 recorded every lap, the best lap played
 // back half-transparent, and kept per track in Data/Ghosts/<track>.txt.
 
+#include <string>
+
 const int GHOST_MAXRECS = 1000;
 
 struct sGhost {
@@ -22,6 +24,8 @@ struct sGhost {
     void goodone();
     void badone();
     void save();
+    // The ghost file's text for the best lap, as save() writes it.
+    std::string text() const;
     // Where playback stands between its current sample and the next.
     void pose(float* x, float* z, float* heading) const;
 };

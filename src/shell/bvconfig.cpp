@@ -276,7 +276,14 @@ void sConfig::save() {
     fprintf(f, "%d\n", (int)aiskill);
     fprintf(f, "%d\n", (int)track);
     fprintf(f, "%lu\n", loaded);
-    bool ok = fflush(f) == 0 && fsync(fileno(f)) == 0;
+    bool ok = !ferror(f) && fflush(f) == 0 && fsync(fileno(f)) == 0;
     ok = fclose(f) == 0 && ok;
-    if (!ok || rename(temp.c_str(), path.c_str()) != 0) remove(temp.c_str());
+    if (!ok || rename(temp.c_str(), path.c_str()) != 0) {
+        remove(temp.c_str());
+        // A folder that cannot be written stays quiet above; a disk that fills
+        // up or fails while writing is worth a line, though the old file is kept.
+        static std::string line;  // the log keeps a pointer to the text
+        line = "Saving " + path;
+        blackbox.task(line.c_str(), false);
+    }
 }
