@@ -935,6 +935,10 @@ void sGokart::drawslides() {
         if (i == CURRENTslide) continue;
         for (const sSlide* ring : rings) {
             const sSlide& m = ring[i];
+            // Faded out at both ends (or never laid): blended at no opacity
+            // it would leave every pixel as it was, and most of the ring is
+            // like that for most of a race.
+            if (m.a[0] <= 0 && m.a[1] <= 0) continue;
             glColor4f(1, 1, 1, m.a[0]);
             glTexCoord2f(0, 0);
             glVertex3f(m.x[0], 0, m.z[0]);
