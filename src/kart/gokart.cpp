@@ -303,6 +303,13 @@ unsigned char sGokart::colgokart(float x1, float z1, float x2, float z2) {
     if (dx == 0) dx = 0.000001f;
     float m = (z2 - z1) / dx;
     float xmin = x1 < x2 ? x1 : x2, xmax = x1 < x2 ? x2 : x1;
+    // A crossing lies within both edges' spans of x, so edges whose spans do
+    // not meet are passed over without the divisions; most karts are far
+    // apart. That shortcut is only taken for ordinary numbers: there the
+    // crossing always comes out a number, while a runaway coordinate can make
+    // it not-a-number, which has always counted as a hit.
+    auto ordinary = [](float v) { return fabsf(v) <= 1e12f; };
+    const bool tame = ordinary(x1) && ordinary(z1) && ordinary(x2) && ordinary(z2) && fabsf(dx) >= 0.000001f;
     unsigned int n = racingKarts();
     for (unsigned int j = 0; j < n; j++) {
         if (j == ID) continue;
@@ -312,6 +319,9 @@ unsigned char sGokart::colgokart(float x1, float z1, float x2, float z2) {
             float xa = other.colx[k], za = other.colz[k], xb = other.colx[b], zb = other.colz[b];
             float dx2 = xb - xa;
             if (dx2 == 0) dx2 = 0.000001f;
+            if (tame && ((xa < xb ? xb : xa) < xmin || (xa < xb ? xa : xb) > xmax) && fabsf(dx2) >= 0.000001f &&
+                ordinary(xa) && ordinary(za) && ordinary(xb) && ordinary(zb))
+                continue;
             float m2 = (zb - za) / dx2;
             if (m2 == m) continue;
             float xi = ((za - m2 * xa) - (z1 - m * x1)) / (m - m2);
@@ -519,12 +529,7 @@ void sGokart::move() {
     }
 
     // The barriers.
-    bool walled = false;
-    for (int i = 0; i < 8; i++) {
-        int j = (i + 1) % 8;
-        col[i] = track.check(colx[i], colz[i], colx[j], colz[j]);
-        walled = walled || col[i];
-    }
+    bool walled = track.checkOutline(colx, colz, 8, col);
     if (walled && n > 0) {
         if (config.soundeffects) {
             if (FSOUND_IsPlaying(CHANNEL_collission)) FSOUND_StopSound(CHANNEL_collission);
