@@ -5,6 +5,10 @@
 # `make test-asan` builds in build-asan and runs every test under AddressSanitizer
 # and UndefinedBehaviorSanitizer; `make fuzz FUZZ_SECONDS=...` fuzzes each file
 # reader for that long (build-fuzz, clang).
+# `make bench` builds and runs the benchmarks and the frame-time harness on this
+# machine and writes docs/PERFORMANCE.md and docs/performance.json from what they
+# measured; `make bench BENCH_QUICK=1` does the same in a minute or two. Neither
+# is part of `make test`: a slow machine must not fail the tests.
 
 BUILD   ?= build
 ASAN_BUILD ?= build-asan
@@ -13,8 +17,16 @@ FUZZ_SECONDS ?= 60
 JOBS    ?= $(shell nproc)
 XVFB    := scripts/with-xvfb
 PREFIX  ?= /usr/local
+BENCH_FRAMES ?= 300
+BENCH_WARMUP ?= 60
+BENCH_MIN_TIME ?= 0.5
+ifeq ($(BENCH_QUICK),1)
+BENCH_FRAMES := 20
+BENCH_WARMUP := 5
+BENCH_MIN_TIME := 0.02
+endif
 
-.PHONY: all run test test-asan fuzz setup deps configure build install uninstall clean
+.PHONY: all run test test-asan fuzz setup deps configure build install uninstall clean bench
 
 all: setup
 
@@ -48,6 +60,15 @@ test-asan: deps
 	else \
 		ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS); \
 	fi
+
+bench: configure
+	@cmake --build $(BUILD) -j $(JOBS) --target sim_bench frametime
+	@mkdir -p $(BUILD)/bench-results docs
+	@run=""; [ -n "$$DISPLAY" ] || run=$(XVFB); \
+	$$run $(BUILD)/bench/sim_bench --benchmark_min_time=$(BENCH_MIN_TIME) \
+		--benchmark_out=$(BUILD)/bench-results/sim.json --benchmark_out_format=json && \
+	$$run $(BUILD)/bench/frametime --all --frames $(BENCH_FRAMES) --warmup $(BENCH_WARMUP) \
+		--sim $(BUILD)/bench-results/sim.json --markdown docs/PERFORMANCE.md --json docs/performance.json
 
 fuzz: deps
 	@scripts/fuzz --build-dir $(FUZZ_BUILD) --seconds $(FUZZ_SECONDS)

@@ -207,6 +207,10 @@ long countPolygons(bool& done) {
 }
 
 int runScenario(const Scenario& sc, int warmup, int frames, double t0) {
+    // A player has a sound card; a build machine under Xvfb has none, and
+    // without one the game would load and mix nothing. OpenAL Soft's null
+    // device mixes like a card does and plays to nowhere.
+    setenv("ALSOFT_DRIVERS", "null", 0);
     std::string dir = scratchGame();
     if (chdir(dir.c_str()) != 0) {
         perror("frametime: chdir");
@@ -265,6 +269,17 @@ int runScenario(const Scenario& sc, int warmup, int frames, double t0) {
     }
     rusage ru;
     getrusage(RUSAGE_SELF, &ru);
+    // What the resident set is made of at the end: mapped files (the GL
+    // driver and its compiler are most of them) and the process's own memory.
+    double rssfile = 0, rssanon = 0;
+    if (FILE* status = fopen("/proc/self/status", "r")) {
+        char line[256];
+        while (fgets(line, sizeof line, status)) {
+            if (strncmp(line, "RssFile:", 8) == 0) rssfile = atof(line + 8) / 1024;
+            if (strncmp(line, "RssAnon:", 8) == 0) rssanon = atof(line + 8) / 1024;
+        }
+        fclose(status);
+    }
     long polygons = countPolygons(done);
 
     double median = percentile(wall, 0.5);
@@ -272,10 +287,10 @@ int runScenario(const Scenario& sc, int warmup, int frames, double t0) {
     for (double c : cpu) cpusum += c;
     printf("RESULT {\"scenario\": \"%s\", \"frames\": %d, \"median_fps\": %.2f, \"median_ms\": %.3f, "
            "\"p1_ms\": %.3f, \"p99_ms\": %.3f, \"cpu_ms_per_frame\": %.3f, \"polygons\": %ld, "
-           "\"peak_rss_mb\": %.1f, \"startup_s\": %.3f}\n",
+           "\"peak_rss_mb\": %.1f, \"rss_file_mb\": %.1f, \"rss_anon_mb\": %.1f, \"startup_s\": %.3f}\n",
            sc.name.c_str(), frames, median > 0 ? 1.0 / median : 0.0, median * 1000, percentile(wall, 0.01) * 1000,
            percentile(wall, 0.99) * 1000, frames ? cpusum / frames * 1000 : 0.0, polygons,
-           (double)ru.ru_maxrss / 1024.0, t0 > 0 ? firstframe - t0 : -1.0);
+           (double)ru.ru_maxrss / 1024.0, rssfile, rssanon, t0 > 0 ? firstframe - t0 : -1.0);
     fflush(stdout);
     if (chdir("/") != 0) { /* nothing to do */ }
     removeScratch(dir);
@@ -482,7 +497,8 @@ void writeReport(const std::vector<Result>& results, const std::vector<SimResult
         << frames << " frames after " << warmup
         << " warm-up frames (in a race, at least until the karts are off the grid), each scenario in a "
            "fresh process of the harness (`bench/frametime.cpp`), which runs the game's own start-up and "
-           "loop body.\n\n";
+           "loop body on the shipped settings but for those a scenario names. Sound plays to OpenAL Soft's "
+           "null device (`ALSOFT_DRIVERS=null` unless set otherwise), which mixes like a sound card.\n\n";
 
     out << "## Budgets\n\n| Budget | Target | Measured | Met |\n|---|---|---|---|\n";
     auto row = [&](const std::string& what, const std::string& target, const std::string& got, bool met) {
@@ -511,12 +527,13 @@ void writeReport(const std::vector<Result>& results, const std::vector<SimResult
            "mode (after culling and clipping). Peak memory: the process's peak resident set before that "
            "frame. Start-up: from just before the process is started to the first menu frame finished.\n\n";
     out << "| Scenario | Median fps | 1% frame (ms) | 99% frame (ms) | CPU per frame (ms) | Polygons | "
-           "Peak RSS (MB) | Start-up (s) |\n|---|---|---|---|---|---|---|---|\n";
+           "Peak RSS (MB) | of it files / own at the end (MB) | Start-up (s) |\n|---|---|---|---|---|---|---|---|---|\n";
     for (const Result& r : results) {
         out << "| " << r.scenario << " | " << fmt("%.1f", r.num.at("median_fps")) << " | "
             << fmt("%.2f", r.num.at("p1_ms")) << " | " << fmt("%.2f", r.num.at("p99_ms")) << " | "
             << fmt("%.2f", r.num.at("cpu_ms_per_frame")) << " | " << fmt("%.0f", r.num.at("polygons")) << " | "
-            << fmt("%.1f", r.num.at("peak_rss_mb")) << " | " << fmt("%.3f", r.num.at("startup_s")) << " |\n";
+            << fmt("%.1f", r.num.at("peak_rss_mb")) << " | " << fmt("%.1f", r.num.at("rss_file_mb")) << " / "
+            << fmt("%.1f", r.num.at("rss_anon_mb")) << " | " << fmt("%.3f", r.num.at("startup_s")) << " |\n";
     }
     out << "\nScenario names: `race-<track>-<karts>-<effects>`, every kart driven by the computer; `off` is "
            "kart shadows 0, track shadows 0, lens flare 0, skid marks 0, fog 0, detail 0; `max` is kart "
@@ -526,8 +543,9 @@ void writeReport(const std::vector<Result>& results, const std::vector<SimResult
     if (!sim.empty()) {
         out << "\n## Simulation\n\nGoogle Benchmark (`bench/sim_bench.cpp`), processor time per "
                "iteration. An iteration of `BM_KartFrame` and `BM_Karts` is one frame of `colide`, "
-               "`think` and `move` for each kart (at 60 frames per simulated second); `per_kart_ns` "
-               "divides it by the karts.\n\n| Benchmark | Time | Counters |\n|---|---|---|\n";
+               "`think` and `move` for each kart (at 60 frames per simulated second), on a shipped "
+               "track or on a ring of 32 to 255 barrier pairs; `BM_TrackCheck` and `BM_GetCheckpoint` take "
+               "the segments and positions of a kart's first simulated minute on that track in turn.\n\n| Benchmark | Time | Counters |\n|---|---|---|\n";
         for (const SimResult& s : sim) {
             out << "| " << s.name << " | " << fmt("%.3f", s.cpu) << " " << s.unit << " | ";
             bool first = true;
@@ -535,6 +553,9 @@ void writeReport(const std::vector<Result>& results, const std::vector<SimResult
                 out << (first ? "" : ", ") << c.first << " " << fmt("%g", c.second);
                 first = false;
             }
+            auto karts = s.counters.find("karts");
+            if (karts != s.counters.end() && karts->second > 0)
+                out << ", per kart " << fmt("%.3f", s.cpu / karts->second) << " " << s.unit;
             out << " |\n";
         }
     }
