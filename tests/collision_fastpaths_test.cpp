@@ -248,3 +248,52 @@ TEST(CollisionFastPaths, KartAgainstKartAnswersAsThePlainTest) {
     EXPECT_LT(hits, tries - tries / 20);
     EXPECT_EQ(differences, 0);
 }
+
+TEST(CollisionFastPaths, ARaceOfKartsCollidesAsThePlainTestWouldHaveIt) {
+    gokartstaticdata.chasisfront = 1.364f;
+    gokartstaticdata.chasiswidth = 1.24f;
+    config.ngokarts = 6;
+    std::mt19937 random(5);
+    std::uniform_real_distribution<float> unit(0, 1);
+    long hits = 0, differences = 0, tries = 0;
+    for (int round = 0; round < 3000; round++) {
+        for (unsigned char j = 0; j < 6; j++) {
+            sGokart& k = gokart[j];
+            k.ID = j;
+            // Spread wider now and then, so that whole karts are clear of each other.
+            float spread = round % 3 == 0 ? 30.0f : 5.0f;
+            k.px = unit(random) * spread;
+            k.pz = unit(random) * spread;
+            k.ay = unit(random) * 720 - 360;
+        }
+        int odd = round % 30;
+        if (odd == 1) gokart[2].px = NaN;
+        if (odd == 2) gokart[4].pz = 3e12f;
+        if (odd == 3) gokart[1].ay = 1e-40f;  // an edge of next to no width in x
+        if (odd == 4) gokart[0].px = -INF;
+        // The order of the race frame: each kart lays its outline and tests it
+        // against the others as they stand.
+        for (unsigned char j = 0; j < 6; j++) {
+            sGokart& k = gokart[j];
+            k.colide();
+            bool want[8] = {};
+            unsigned char wantg = k.ID;
+            for (int c = 0; c < 8; c++) {
+                int d = (c + 1) % 8;
+                wantg = plainColgokart(k, k.colx[c], k.colz[c], k.colx[d], k.colz[d]);
+                if (wantg != k.ID) {
+                    want[c] = true;
+                    break;
+                }
+            }
+            bool same = k.colg == wantg;
+            for (int c = 0; c < 8; c++) same = same && k.col[c] == want[c];
+            tries++;
+            hits += wantg != k.ID;
+            differences += !same;
+        }
+    }
+    EXPECT_GT(hits, tries / 20);
+    EXPECT_LT(hits, tries - tries / 20);
+    EXPECT_EQ(differences, 0);
+}
