@@ -3,7 +3,7 @@
 // frame by frame in the menu and in races driven by the computer.
 //
 //   frametime --list
-//   frametime --scenario NAME [--warmup N] [--frames N]
+//   frametime --scenario NAME [--warmup N] [--frames N] [--fixed]
 //       one scenario in this process; prints one "RESULT {json}" line
 //   frametime --all [--warmup N] [--frames N] [--sim FILE] [--markdown FILE] [--json FILE]
 //       every scenario, each in a fresh process of its own (start-up time and
@@ -37,6 +37,9 @@
 #include "kart/gokart.h"
 #include "scene/camera.h"
 #include "scene/scene.h"
+#include "shell/joystick.h"
+#include "shell/mouse.h"
+#include "shell/performance.h"
 #include "shell/bvconfig.h"
 #include "shell/main.h"
 #include "track/track.h"
@@ -206,7 +209,27 @@ long countPolygons(bool& done) {
     return -1;
 }
 
-int runScenario(const Scenario& sc, int warmup, int frames, double t0) {
+const long CLOCK0 = 1000000000L;
+
+// One frame; apart and never inlined, so that callgrind can be told to count
+// inside it only (--toggle-collect=*benchFrame*).
+__attribute__((noinline)) void benchFrame(bool fixed, long& step, bool& done) {
+    if (!fixed) {
+        looppass(done);
+        return;
+    }
+    bvclock_override = CLOCK0 + ++step * BV_CLOCKS_PER_SEC / 60;
+    SDL_Event event;
+    while (SDL_PollEvent(&event)) handleEvent(event, done);
+    joystick.refresh();
+    mouse.refresh(menu.m == MENU_RACING);
+    performance.fps = 60;
+    drawGL();
+    glFlush();
+    SDL_GL_SwapBuffers();
+}
+
+int runScenario(const Scenario& sc, int warmup, int frames, double t0, bool fixed) {
     // A player has a sound card; a build machine under Xvfb has none, and
     // without one the game would load and mix nothing. OpenAL Soft's null
     // device mixes like a card does and plays to nowhere.
@@ -251,16 +274,27 @@ int runScenario(const Scenario& sc, int warmup, int frames, double t0) {
         camera.mode = (unsigned int)sc.camera;
     }
 
-    // Warm-up: the frames asked for, and in a race at least until the karts
-    // are off the grid, so that every measured frame is one of racing.
-    for (int i = 0; i < warmup || (sc.race && t <= 2.5f); i++) looppass(done);
+    // With --fixed, each frame is the loop body with the frame rate held at 60
+    // and the clock stepped by a sixtieth of a second, so that two builds
+    // draw the very same frames (for instruction counts under callgrind,
+    // which runs far slower than real time).
+    long step = 0;
+    auto pass = [&]() { benchFrame(fixed, step, done); };
+    if (fixed) {
+        bvclock_override = CLOCK0;
+        if (sc.race) resetScene();  // the race's clock starts on the stepped clock
+    }
+
+    // Warm-up: the frames asked for, and in a real-time race at least until
+    // the karts are off the grid, so that every measured frame is one of racing.
+    for (int i = 0; i < warmup || (sc.race && !fixed && t <= 2.5f); i++) pass();
 
     std::vector<double> wall, cpu;
     wall.reserve((size_t)frames);
     cpu.reserve((size_t)frames);
     double w0 = monotonic(), c0 = processtime();
     for (int i = 0; i < frames; i++) {
-        looppass(done);
+        pass();
         double w1 = monotonic(), c1 = processtime();
         wall.push_back(w1 - w0);
         cpu.push_back(c1 - c0);
@@ -596,7 +630,7 @@ int main(int argc, char** argv) {
     std::string scenario, sim, markdown = "PERFORMANCE.md", json = "performance.json", only;
     int warmup = 60, frames = 300;
     double t0 = -1;
-    bool all = false, list = false;
+    bool all = false, list = false, fixed = false;
     for (int i = 1; i < argc; i++) {
         std::string a = argv[i];
         auto next = [&]() -> std::string { return i + 1 < argc ? argv[++i] : ""; };
@@ -609,6 +643,7 @@ int main(int argc, char** argv) {
         else if (a == "--json") json = next();
         else if (a == "--only") only = next();
         else if (a == "--all") all = true;
+        else if (a == "--fixed") fixed = true;
         else if (a == "--list") list = true;
         else if (a == "--renderer") {
             setenv("SDL_VIDEODRIVER", "x11", 1);
@@ -629,7 +664,7 @@ int main(int argc, char** argv) {
     }
     if (!scenario.empty()) {
         for (const Scenario& s : all_scenarios)
-            if (s.name == scenario) return runScenario(s, warmup, frames, t0);
+            if (s.name == scenario) return runScenario(s, warmup, frames, t0, fixed);
         fprintf(stderr, "frametime: no scenario %s (see --list)\n", scenario.c_str());
         return 2;
     }
