@@ -68,7 +68,8 @@ bench: configure
 	$$run $(BUILD)/bench/sim_bench --benchmark_min_time=$(BENCH_MIN_TIME) \
 		--benchmark_out=$(BUILD)/bench-results/sim.json --benchmark_out_format=json && \
 	$$run $(BUILD)/bench/frametime --all --frames $(BENCH_FRAMES) --warmup $(BENCH_WARMUP) \
-		--sim $(BUILD)/bench-results/sim.json --markdown docs/PERFORMANCE.md --json docs/performance.json
+		--sim $(BUILD)/bench-results/sim.json --raw $(BUILD)/bench-results/frames.txt \
+		--markdown docs/PERFORMANCE.md --json docs/performance.json
 
 fuzz: deps
 	@scripts/fuzz --build-dir $(FUZZ_BUILD) --seconds $(FUZZ_SECONDS)

@@ -8,6 +8,8 @@
 //   frametime --all [--warmup N] [--frames N] [--sim FILE] [--markdown FILE] [--json FILE]
 //       every scenario, each in a fresh process of its own (start-up time and
 //       peak memory belong to a process), then the report
+//   --raw FILE keeps each scenario's result line; --from FILE writes the
+//       report from such a file instead of measuring again
 //
 // The game directory is $BV_GAME_DIR or the build's own. The harness works
 // in a scratch copy of its settings so the player's files stay untouched.
@@ -620,14 +622,15 @@ void writeReport(const std::vector<Result>& results, const std::vector<SimResult
 int usage() {
     fprintf(stderr,
             "usage: frametime --list | --scenario NAME [--warmup N] [--frames N] |\n"
-            "       --all [--only TEXT] [--warmup N] [--frames N] [--sim FILE] [--markdown FILE] [--json FILE]\n");
+            "       --all [--only TEXT] [--warmup N] [--frames N] [--sim FILE] [--markdown FILE] [--json FILE]\n"
+            "             [--raw FILE | --from FILE]\n");
     return 2;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::string scenario, sim, markdown = "PERFORMANCE.md", json = "performance.json", only;
+    std::string scenario, sim, markdown = "PERFORMANCE.md", json = "performance.json", only, raw, from;
     int warmup = 60, frames = 300;
     double t0 = -1;
     bool all = false, list = false, fixed = false;
@@ -642,6 +645,8 @@ int main(int argc, char** argv) {
         else if (a == "--markdown") markdown = next();
         else if (a == "--json") json = next();
         else if (a == "--only") only = next();
+        else if (a == "--raw") raw = next();
+        else if (a == "--from") from = next();
         else if (a == "--all") all = true;
         else if (a == "--fixed") fixed = true;
         else if (a == "--list") list = true;
@@ -676,10 +681,24 @@ int main(int argc, char** argv) {
     self[n] = 0;
     std::vector<Result> results;
     int failed = 0;
+    if (!from.empty()) {
+        // The report again from the results of an earlier run.
+        std::ifstream in(from);
+        std::string line;
+        while (std::getline(in, line)) {
+            Result r = parseResult(line);
+            if (r.ok) results.push_back(r);
+        }
+        all_scenarios.clear();
+    }
+    std::ofstream rawOut;
+    if (!raw.empty()) rawOut.open(raw);
     for (const Scenario& s : all_scenarios) {
         if (!only.empty() && s.name.find(only) == std::string::npos) continue;
         fprintf(stderr, "frametime: %s ...", s.name.c_str());
-        Result r = parseResult(runChild(self, s.name, warmup, frames));
+        std::string line = runChild(self, s.name, warmup, frames);
+        Result r = parseResult(line);
+        if (rawOut) rawOut << line << std::endl;
         if (!r.ok) {
             fprintf(stderr, " failed\n");
             failed++;
