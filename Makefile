@@ -66,7 +66,7 @@ bench: configure
 	@mkdir -p $(BUILD)/bench-results docs
 	@run=""; [ -n "$$DISPLAY" ] || run=$(XVFB); \
 	$$run $(BUILD)/bench/sim_bench --benchmark_min_time=$(BENCH_MIN_TIME) \
-		--benchmark_out=$(BUILD)/bench-results/sim.json --benchmark_out_format=json && \
+		--benchmark_out=$(CURDIR)/$(BUILD)/bench-results/sim.json --benchmark_out_format=json && \
 	$$run $(BUILD)/bench/frametime --all --frames $(BENCH_FRAMES) --warmup $(BENCH_WARMUP) \
 		--sim $(BUILD)/bench-results/sim.json --raw $(BUILD)/bench-results/frames.txt \
 		--markdown docs/PERFORMANCE.md --json docs/performance.json
