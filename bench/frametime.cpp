@@ -30,6 +30,7 @@
 #include <cstring>
 #include <ctime>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <sstream>
 #include <string>
@@ -184,12 +185,12 @@ double percentile(std::vector<double> v, double p) {
 // running that frame in GL feedback mode: after culling and clipping, quads
 // and polygons as Mesa hands them on. The frame is run (and simulated) like
 // any other, only nothing is drawn.
-long countPolygons(bool& done) {
+long countPolygons(const std::function<void()>& frame) {
     std::vector<GLfloat> buffer(1 << 22);
     for (int attempt = 0; attempt < 4; attempt++) {
         glFeedbackBuffer((GLsizei)buffer.size(), GL_2D, buffer.data());
         glRenderMode(GL_FEEDBACK);
-        looppass(done);
+        frame();
         GLint n = glRenderMode(GL_RENDER);
         if (n < 0) {
             buffer.resize(buffer.size() * 4);
@@ -332,7 +333,8 @@ int runScenario(const Scenario& sc, int warmup, int frames, double t0, bool fixe
         }
         fclose(status);
     }
-    long polygons = countPolygons(done);
+    // The counted frame is a frame like the measured ones (a stepped one in a stepped race).
+    long polygons = countPolygons(pass);
 
     // How far the followed kart is from the nearest barrier point at the
     // end: a kart that has broken out of the circuit leaves the eye looking
