@@ -8,6 +8,10 @@
 # `make soak SOAK_SECONDS=...` races the computer karts for that long (30 min)
 # with every effect on, in a debug build in build-soak, failing on GL errors,
 # crashes or memory growth, then checks a short race under valgrind.
+# `make bench` builds and runs the benchmarks and the frame-time harness on this
+# machine and writes docs/PERFORMANCE.md and docs/performance.json from what they
+# measured; `make bench BENCH_QUICK=1` does the same in a minute or two. Neither
+# is part of `make test`: a slow machine must not fail the tests.
 
 BUILD   ?= build
 ASAN_BUILD ?= build-asan
@@ -18,8 +22,16 @@ SOAK_SECONDS ?= 1800
 JOBS    ?= $(shell nproc)
 XVFB    := scripts/with-xvfb
 PREFIX  ?= /usr/local
+BENCH_FRAMES ?= 300
+BENCH_WARMUP ?= 60
+BENCH_MIN_TIME ?= 0.5
+ifeq ($(BENCH_QUICK),1)
+BENCH_FRAMES := 20
+BENCH_WARMUP := 5
+BENCH_MIN_TIME := 0.02
+endif
 
-.PHONY: all run test test-asan fuzz soak setup deps configure build install uninstall clean
+.PHONY: all run test test-asan fuzz soak bench setup deps configure build install uninstall clean
 
 all: setup
 
@@ -53,6 +65,16 @@ test-asan: deps
 	else \
 		ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS); \
 	fi
+
+bench: configure
+	@cmake --build $(BUILD) -j $(JOBS) --target sim_bench frametime
+	@mkdir -p $(BUILD)/bench-results docs
+	@run=""; [ -n "$$DISPLAY" ] || run=$(XVFB); \
+	$$run $(BUILD)/bench/sim_bench --benchmark_min_time=$(BENCH_MIN_TIME) \
+		--benchmark_out=$(CURDIR)/$(BUILD)/bench-results/sim.json --benchmark_out_format=json && \
+	$$run $(BUILD)/bench/frametime --all --frames $(BENCH_FRAMES) --warmup $(BENCH_WARMUP) \
+		--sim $(BUILD)/bench-results/sim.json --raw $(BUILD)/bench-results/frames.txt \
+		--markdown docs/PERFORMANCE.md --json docs/performance.json
 
 fuzz: deps
 	@scripts/fuzz --build-dir $(FUZZ_BUILD) --seconds $(FUZZ_SECONDS)

@@ -591,15 +591,44 @@ tVector3 shadowplace(tVector3 v, float x, float y, float z, float ax, float ay, 
     return {p + x, r + y, q + z};
 }
 
+sShadowPlacement::sShadowPlacement(float x, float y, float z, float ax, float ay, float az, unsigned int first,
+                                   unsigned int second, unsigned int third)
+    : x(x), y(y), z(z), steps{first, second, third} {
+    const float turns[3] = {ax, ay, az};
+    for (int i = 0; i < 3; i++) {
+        c[i] = cosf(turns[i] / 57.3f);
+        s[i] = sinf(turns[i] / 57.3f);
+    }
+}
+
+tVector3 sShadowPlacement::operator()(tVector3 v) const {
+    float p = v.x, q = v.y, r = v.z;
+    for (unsigned int step : steps) {
+        if (step == 0) {
+            float r2 = c[0] * r + s[0] * q;
+            q = s[0] * r - c[0] * q;
+            r = r2;
+        } else if (step == 1) {
+            float p2 = s[1] * q - c[1] * p;
+            q = c[1] * q + s[1] * p;
+            p = p2;
+        } else if (step == 2) {
+            float p2 = c[2] * p - s[2] * r;
+            r = c[2] * r + s[2] * p;
+            p = p2;
+        }
+    }
+    return {p + x, r + y, q + z};
+}
+
 void s3DS::castshadow(float groundy, float lx, float ly, float lz, float x, float y, float z, float ax, float ay,
                       float az, unsigned int first, unsigned int second, unsigned int third) {
+    const sShadowPlacement place(x, y, z, ax, ay, az, first, second, third);
     for (int o = 0; o < g_3DModel.numOfObjects; o++) {
         const t3DObject& object = g_3DModel.pObject[o];
         for (int f = 0; f < object.numOfFaces; f++) {
             tVector3 w[3];
-            for (int k = 0; k < 3; k++)
-                w[k] = shadowplace(object.pVerts[object.pFaces[f].vertIndex[k]], x, y, z, ax, ay, az, first, second,
-                                   third);
+            for (int k = 0; k < 3; k++) w[k] = place(object.pVerts[object.pFaces[f].vertIndex[k]]);
             ::castShadow(w[0].x, w[0].y, w[0].z, w[1].x, w[1].y, w[1].z, w[2].x, w[2].y, w[2].z, groundy, lx, ly, lz);
         }
     }
@@ -607,6 +636,7 @@ void s3DS::castshadow(float groundy, float lx, float ly, float lz, float x, floa
 
 void s3DS::castshadowmask(float groundy, float lx, float ly, float lz, float x, float y, float z, float ax, float ay,
                           float az, unsigned int first, unsigned int second, unsigned int third) {
+    const sShadowPlacement place(x, y, z, ax, ay, az, first, second, third);
     for (int o = 0; o < g_3DModel.numOfObjects; o++) {
         const t3DObject& object = g_3DModel.pObject[o];
         bool textured = object.bHasTexture && object.pTexVerts;
@@ -615,7 +645,7 @@ void s3DS::castshadowmask(float groundy, float lx, float ly, float lz, float x, 
             tVector2 st[3];
             for (int k = 0; k < 3; k++) {
                 int index = object.pFaces[f].vertIndex[k];
-                w[k] = shadowplace(object.pVerts[index], x, y, z, ax, ay, az, first, second, third);
+                w[k] = place(object.pVerts[index]);
                 // An object without a picture has no coordinates to give.
                 st[k] = textured && index < object.numTexVertex ? object.pTexVerts[index] : tVector2{0, 0};
             }

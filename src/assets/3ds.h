@@ -182,4 +182,16 @@ struct s3DS {
 tVector3 shadowplace(tVector3 v, float x, float y, float z, float ax, float ay, float az, unsigned int first,
                      unsigned int second, unsigned int third);
 
+// shadowplace for every vertex of a model, with the sines and cosines of the
+// turns taken once instead of at each vertex; the places are the same.
+struct sShadowPlacement {
+    sShadowPlacement(float x, float y, float z, float ax, float ay, float az, unsigned int first,
+                     unsigned int second, unsigned int third);
+    tVector3 operator()(tVector3 v) const;
+
+    float x, y, z;
+    unsigned int steps[3];
+    float c[3], s[3];  // of the turn about x, the vertical and z
+};
+
 #endif

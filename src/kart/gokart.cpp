@@ -276,6 +276,64 @@ unsigned int sGokart::getcheckpoint() {
     return result;
 }
 
+namespace {
+
+// A number far from where any kart can be: beyond it the shortcuts below
+// are not taken.
+bool ordinary(float v) {
+    return fabsf(v) <= 1e12f;
+}
+
+// Whether every corner of an outline and every one of its edges is ordinary
+// enough for a crossing with it to come out a number: the coordinates, and
+// the edges' widths in x (after the stand-in for none) not too small.
+bool tameOutline(const float* x, const float* z) {
+    for (int k = 0; k < 8; k++) {
+        float dx = x[(k + 1) % 8] - x[k];
+        if (dx == 0) dx = 0.000001f;
+        if (!ordinary(x[k]) || !ordinary(z[k]) || !(fabsf(dx) >= 0.000001f)) return false;
+    }
+    return true;
+}
+
+// colgokart, passing over the karts marked in `clear` (null: none).
+unsigned char collidingKart(unsigned char ID, float x1, float z1, float x2, float z2, const bool* clear) {
+    float dx = x2 - x1;
+    if (dx == 0) dx = 0.000001f;
+    float m = (z2 - z1) / dx;
+    float xmin = x1 < x2 ? x1 : x2, xmax = x1 < x2 ? x2 : x1;
+    // A crossing lies within both edges' spans of x, so edges whose spans do
+    // not meet are passed over without the divisions; most karts are far
+    // apart. That shortcut is only taken for ordinary numbers: there the
+    // crossing always comes out a number, while a runaway coordinate can make
+    // it not-a-number, which has always counted as a hit.
+    const bool tame = ordinary(x1) && ordinary(z1) && ordinary(x2) && ordinary(z2) && fabsf(dx) >= 0.000001f;
+    unsigned int n = racingKarts();
+    for (unsigned int j = 0; j < n; j++) {
+        if (j == ID || (clear && clear[j])) continue;
+        const sGokart& other = gokart[j];
+        for (int k = 0; k < 8; k++) {
+            int b = (k + 1) % 8;
+            float xa = other.colx[k], za = other.colz[k], xb = other.colx[b], zb = other.colz[b];
+            float dx2 = xb - xa;
+            if (dx2 == 0) dx2 = 0.000001f;
+            if (tame && ((xa < xb ? xb : xa) < xmin || (xa < xb ? xa : xb) > xmax) && fabsf(dx2) >= 0.000001f &&
+                ordinary(xa) && ordinary(za) && ordinary(xb) && ordinary(zb))
+                continue;
+            float m2 = (zb - za) / dx2;
+            if (m2 == m) continue;
+            float xi = ((za - m2 * xa) - (z1 - m * x1)) / (m - m2);
+            float lo = xa < xb ? xa : xb, hi = xa < xb ? xb : xa;
+            if (xi < lo || xi > hi) continue;
+            if (xi < xmin || xi > xmax) continue;
+            return (unsigned char)j;
+        }
+    }
+    return ID;
+}
+
+}  // namespace
+
 void sGokart::colide() {
     const sGokartStaticData& s = gokartstaticdata;
     const float F = s.chasisfront, W = s.chasiswidth;
@@ -288,9 +346,30 @@ void sGokart::colide() {
         colz[i] = pz - ca * f[i] - sa * r[i];
     }
     for (bool& c : col) c = false;
+    // Karts wholly clear of this one's span of x cannot touch it, whichever
+    // edges are taken; they are passed over once here instead of edge by edge.
+    bool clear[GOKART_NKARTS] = {};
+    const unsigned int n = racingKarts();
+    if (tameOutline(colx, colz)) {
+        float lo = colx[0], hi = colx[0];
+        for (float x : colx) {
+            lo = x < lo ? x : lo;
+            hi = x > hi ? x : hi;
+        }
+        for (unsigned int k = 0; k < n; k++) {
+            const sGokart& other = gokart[k];
+            if (k == ID || !tameOutline(other.colx, other.colz)) continue;
+            float olo = other.colx[0], ohi = other.colx[0];
+            for (float x : other.colx) {
+                olo = x < olo ? x : olo;
+                ohi = x > ohi ? x : ohi;
+            }
+            clear[k] = ohi < lo || olo > hi;
+        }
+    }
     for (int i = 0; i < 8; i++) {
         int j = (i + 1) % 8;
-        colg = colgokart(colx[i], colz[i], colx[j], colz[j]);
+        colg = collidingKart(ID, colx[i], colz[i], colx[j], colz[j], clear);
         if (colg != ID) {
             col[i] = true;
             break;
@@ -299,29 +378,7 @@ void sGokart::colide() {
 }
 
 unsigned char sGokart::colgokart(float x1, float z1, float x2, float z2) {
-    float dx = x2 - x1;
-    if (dx == 0) dx = 0.000001f;
-    float m = (z2 - z1) / dx;
-    float xmin = x1 < x2 ? x1 : x2, xmax = x1 < x2 ? x2 : x1;
-    unsigned int n = racingKarts();
-    for (unsigned int j = 0; j < n; j++) {
-        if (j == ID) continue;
-        const sGokart& other = gokart[j];
-        for (int k = 0; k < 8; k++) {
-            int b = (k + 1) % 8;
-            float xa = other.colx[k], za = other.colz[k], xb = other.colx[b], zb = other.colz[b];
-            float dx2 = xb - xa;
-            if (dx2 == 0) dx2 = 0.000001f;
-            float m2 = (zb - za) / dx2;
-            if (m2 == m) continue;
-            float xi = ((za - m2 * xa) - (z1 - m * x1)) / (m - m2);
-            float lo = xa < xb ? xa : xb, hi = xa < xb ? xb : xa;
-            if (xi < lo || xi > hi) continue;
-            if (xi < xmin || xi > xmax) continue;
-            return (unsigned char)j;
-        }
-    }
-    return ID;
+    return collidingKart(ID, x1, z1, x2, z2, nullptr);
 }
 
 // ---- Skid marks ----
@@ -540,12 +597,7 @@ void sGokart::move() {
     }
 
     // The barriers.
-    bool walled = false;
-    for (int i = 0; i < 8; i++) {
-        int j = (i + 1) % 8;
-        col[i] = track.check(colx[i], colz[i], colx[j], colz[j]);
-        walled = walled || col[i];
-    }
+    bool walled = track.checkOutline(colx, colz, 8, col);
     if (walled && n > 0) {
         if (config.soundeffects) {
             if (FSOUND_IsPlaying(CHANNEL_collission)) FSOUND_StopSound(CHANNEL_collission);
@@ -961,6 +1013,10 @@ void sGokart::drawslides() {
         if (i == CURRENTslide) continue;
         for (const sSlide* ring : rings) {
             const sSlide& m = ring[i];
+            // Faded out at both ends (or never laid): blended at no opacity
+            // it would leave every pixel as it was, and most of the ring is
+            // like that for most of a race.
+            if (m.a[0] <= 0 && m.a[1] <= 0) continue;
             glColor4f(1, 1, 1, m.a[0]);
             glTexCoord2f(0, 0);
             glVertex3f(m.x[0], 0, m.z[0]);

@@ -14,6 +14,7 @@
 #include "scene/camera.h"
 #include "scene/ghost.h"
 #include "scene/lensflare.h"
+#include "scene/shader.h"
 #include "shell/bvconfig.h"
 #include "shell/keyboard.h"
 #include "shell/performance.h"
@@ -132,9 +133,11 @@ void drawScene() {
     // Only the karts in this race: the others wait on the grid unseen.
     for (unsigned int i = 0; i < n; i++) gokart[i].isinview();
 
+    beginShadowBatch();
     track.castshadow();
     if (config.shadows)
         for (unsigned int i = 0; i < n; i++) gokart[i].castshadow();
+    endShadowBatch();
 
     glEnable(GL_LIGHTING);
     // Given again under the view, so that the light stays put in the world.

@@ -18,14 +18,12 @@ inline void project(float& x, float y, float& z, float g, float lx, float ly, fl
     shadowpoint(x, y, z, g, lx, ly, lz);
 }
 
-}  // namespace
+// Each state change between two triangles makes the driver draw them apart,
+// and the rasteriser's cost per draw is far above a triangle's.
+bool batching = false;
+bool batchopen = false;
 
-void castShadow(float x1, float y1, float z1, float x2, float y2, float z2, float x3, float y3, float z3,
-                float groundy, float lx, float ly, float lz) {
-    project(x1, y1, z1, groundy, lx, ly, lz);
-    project(x2, y2, z2, groundy, lx, ly, lz);
-    project(x3, y3, z3, groundy, lx, ly, lz);
-
+void stencilOnly() {
     glEnable(GL_STENCIL_TEST);
     glStencilFunc(GL_ALWAYS, 1, 1);
     glStencilOp(GL_KEEP, GL_KEEP, GL_REPLACE);
@@ -33,15 +31,58 @@ void castShadow(float x1, float y1, float z1, float x2, float y2, float z2, floa
     glDisable(GL_DEPTH_TEST);
     glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
     glColor3f(0, 0, 0);
+}
+
+void colourAgain() {
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+    glEnable(GL_DEPTH_TEST);
+    glEnable(GL_CULL_FACE);
+    glDisable(GL_STENCIL_TEST);
+}
+
+}  // namespace
+
+void beginShadowBatch() {
+    batching = true;
+    batchopen = false;
+}
+
+void endShadowBatch() {
+    if (batchopen) {
+        glEnd();
+        colourAgain();
+    }
+    batching = false;
+    batchopen = false;
+}
+
+void castShadow(float x1, float y1, float z1, float x2, float y2, float z2, float x3, float y3, float z3,
+                float groundy, float lx, float ly, float lz) {
+    project(x1, y1, z1, groundy, lx, ly, lz);
+    project(x2, y2, z2, groundy, lx, ly, lz);
+    project(x3, y3, z3, groundy, lx, ly, lz);
+
+    if (batching && !config.shadowprojectors) {
+        // The pass is set up by the batch's first triangle only, so that an
+        // empty batch leaves the state exactly as it found it.
+        if (!batchopen) {
+            stencilOnly();
+            glBegin(GL_TRIANGLES);
+            batchopen = true;
+        }
+        glVertex3f(x1, groundy, z1);
+        glVertex3f(x2, groundy, z2);
+        glVertex3f(x3, groundy, z3);
+        return;
+    }
+
+    stencilOnly();
     glBegin(GL_TRIANGLES);
     glVertex3f(x1, groundy, z1);
     glVertex3f(x2, groundy, z2);
     glVertex3f(x3, groundy, z3);
     glEnd();
-    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
-    glEnable(GL_DEPTH_TEST);
-    glEnable(GL_CULL_FACE);
-    glDisable(GL_STENCIL_TEST);
+    colourAgain();
 
     if (config.shadowprojectors) {
         glColor3f(1, 1, 1);

@@ -16,6 +16,14 @@ void shadowpoint(float& x, float y, float& z, float groundy, float lx, float ly,
 void castShadow(float x1, float y1, float z1, float x2, float y2, float z2, float x3, float y3, float z3,
                 float groundy, float lx, float ly, float lz);
 
+// Between these two, castShadow gathers its triangles into one draw instead
+// of setting up the stencil pass for each: the stencil ends up the same, and
+// so does every other piece of GL state once the batch ends. The callers in
+// between may only compute; with the shadow projectors on (they draw lines
+// between the triangles) every triangle is still drawn on its own.
+void beginShadowBatch();
+void endShadowBatch();
+
 // One triangle projected onto y = groundy and drawn with the given texture
 // coordinates; the caller chooses texture, colour and blending.
 void castShadowMask(float x1, float y1, float z1, float s1, float t1, float x2, float y2, float z2, float s2,

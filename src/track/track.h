@@ -78,6 +78,11 @@ struct sTrack {
     // Whether the point lies between the two barriers. Without at least three
     // pairs there is no area between them, and every point counts as on it.
     bool ontrack(float x, float z) const;
+    // check for every edge of a closed outline, corner c to corner c + 1 and
+    // the last back to the first, into hit[c]; lasthit and lasthitL end as
+    // that run of checks leaves them. True when any edge crosses. Quicker:
+    // the barrier far from the outline is looked at once, not once per edge.
+    bool checkOutline(const float* x, const float* z, unsigned int corners, bool* hit);
     // Which objects, centre points and barrier segments the camera sees this frame.
     void isinview();
     // Gantry, TV cameras, barriers, roadside objects and fences.

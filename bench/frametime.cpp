@@ -1,0 +1,765 @@
+// The frame-time harness: the game's own start-up and loop body (events,
+// meters, drawGL, swap) in its real 1024x768 window with its real Data/, timed
+// frame by frame in the menu and in races driven by the computer.
+//
+//   frametime --list
+//   frametime --scenario NAME [--warmup N] [--frames N] [--fixed]
+//       one scenario in this process; prints one "RESULT {json}" line
+//   frametime --all [--warmup N] [--frames N] [--sim FILE] [--markdown FILE] [--json FILE]
+//       every scenario, each in a fresh process of its own (start-up time and
+//       peak memory belong to a process), then the report
+//   --raw FILE keeps each scenario's result line; --from FILE writes the
+//       report from such a file instead of measuring again
+//
+// The game directory is $BV_GAME_DIR or the build's own. The harness works
+// in a scratch copy of its settings so the player's files stay untouched.
+
+#include <GL/gl.h>
+#include <SDL/SDL.h>
+#include <dirent.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "frontend/menu.h"
+#include "kart/gokart.h"
+#include "scene/camera.h"
+#include "scene/scene.h"
+#include "shell/joystick.h"
+#include "shell/mouse.h"
+#include "shell/performance.h"
+#include "shell/bvconfig.h"
+#include "shell/main.h"
+#include "track/track.h"
+
+#ifndef BV_GAME_DIR
+#define BV_GAME_DIR "."
+#endif
+
+namespace {
+
+double monotonic() {
+    timespec ts;
+    clock_gettime(CLOCK_MONOTONIC, &ts);
+    return (double)ts.tv_sec + ts.tv_nsec * 1e-9;
+}
+
+double processtime() {
+    timespec ts;
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &ts);
+    return (double)ts.tv_sec + ts.tv_nsec * 1e-9;
+}
+
+std::string gameDir() {
+    const char* d = getenv("BV_GAME_DIR");
+    return d && *d ? d : BV_GAME_DIR;
+}
+
+// The shipped tracks, by the names of their files, in name order.
+std::vector<std::string> shippedTracks() {
+    std::vector<std::string> names;
+    std::string dir = gameDir() + "/Data/Tracks";
+    if (DIR* d = opendir(dir.c_str())) {
+        while (dirent* e = readdir(d)) {
+            std::string n = e->d_name;
+            size_t dot = n.find('.');
+            if (dot == std::string::npos || dot <= 2 || n.substr(dot) != ".txt") continue;
+            names.push_back(n.substr(0, dot));
+        }
+        closedir(d);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+const char* CAMERA_NAMES[5] = {"driver", "chase", "trackside", "high", "free"};
+
+struct Scenario {
+    std::string name;
+    bool race = false;
+    std::string track;
+    unsigned int karts = 0;
+    bool effects = false;
+    int camera = CAMERA_CHASE;
+    // Simulated at a sixtieth of a second a frame whatever the frame took.
+    bool stepped = false;
+};
+
+std::vector<Scenario> scenarios() {
+    std::vector<Scenario> all;
+    Scenario menuScenario;
+    menuScenario.name = "menu";
+    all.push_back(menuScenario);
+    std::vector<std::string> tracks = shippedTracks();
+    for (const std::string& t : tracks)
+        for (bool fx : {false, true})
+            for (unsigned int k : {1u, 3u, 6u}) {
+                Scenario s;
+                s.name = "race-" + t + "-" + std::to_string(k) + (fx ? "-max" : "-off");
+                s.race = true;
+                s.track = t;
+                s.karts = k;
+                s.effects = fx;
+                all.push_back(s);
+            }
+    // The heaviest race again with the race stepped at a sixtieth of a
+    // second a frame: where frames are slow, the real-time race sends the
+    // computer drivers through the barriers (see kart_from_barrier_m) and
+    // the eye then looks at empty ground; stepped, they stay on the circuit.
+    for (const std::string& t : tracks) {
+        Scenario s;
+        s.name = "race60-" + t + "-6-max";
+        s.race = true;
+        s.track = t;
+        s.karts = 6;
+        s.effects = true;
+        s.stepped = true;
+        all.push_back(s);
+    }
+    // Every view, in the heaviest race on the first track.
+    for (int c = 0; c < 5; c++) {
+        Scenario s;
+        s.name = std::string("camera-") + CAMERA_NAMES[c];
+        s.race = true;
+        s.track = tracks.empty() ? "" : tracks[0];
+        s.karts = 6;
+        s.effects = true;
+        s.camera = c;
+        all.push_back(s);
+    }
+    return all;
+}
+
+// A scratch game directory: the game's content linked, its settings copied,
+// and empty folders for what the game writes.
+std::string scratchGame() {
+    char templ[] = "/tmp/brontevalle-frametime-XXXXXX";
+    if (!mkdtemp(templ)) {
+        perror("frametime: mkdtemp");
+        exit(2);
+    }
+    std::string dir = templ;
+    std::string data = gameDir() + "/Data";
+    mkdir((dir + "/Data").c_str(), 0755);
+    for (const char* sub : {"Ads", "Fonts", "GUI", "Models", "Sounds", "Textures", "Tracks"}) {
+        std::string from = data + "/" + sub;
+        if (symlink(from.c_str(), (dir + "/Data/" + sub).c_str()) != 0) perror("frametime: symlink");
+    }
+    for (const char* sub : {"Ghosts", "Highscore", "Screenshots"}) mkdir((dir + "/Data/" + sub).c_str(), 0755);
+    std::ifstream in(data + "/config.bvd", std::ios::binary);
+    std::ofstream out(dir + "/Data/config.bvd", std::ios::binary);
+    out << in.rdbuf();
+    return dir;
+}
+
+void removeScratch(const std::string& dir) {
+    std::string cmd = "rm -rf '" + dir + "'";
+    if (system(cmd.c_str()) != 0) fprintf(stderr, "frametime: could not remove %s\n", dir.c_str());
+}
+
+double percentile(std::vector<double> v, double p) {
+    if (v.empty()) return 0;
+    std::sort(v.begin(), v.end());
+    double rank = p * (double)(v.size() - 1);
+    size_t lo = (size_t)rank;
+    size_t hi = lo + 1 < v.size() ? lo + 1 : lo;
+    return v[lo] + (v[hi] - v[lo]) * (rank - (double)lo);
+}
+
+// Polygons that reach the rasteriser in one frame of the loop, counted by
+// running that frame in GL feedback mode: after culling and clipping, quads
+// and polygons as Mesa hands them on. The frame is run (and simulated) like
+// any other, only nothing is drawn.
+long countPolygons(const std::function<void()>& frame) {
+    std::vector<GLfloat> buffer(1 << 22);
+    for (int attempt = 0; attempt < 4; attempt++) {
+        glFeedbackBuffer((GLsizei)buffer.size(), GL_2D, buffer.data());
+        glRenderMode(GL_FEEDBACK);
+        frame();
+        GLint n = glRenderMode(GL_RENDER);
+        if (n < 0) {
+            buffer.resize(buffer.size() * 4);
+            continue;
+        }
+        long polygons = 0;
+        for (GLint i = 0; i < n;) {
+            GLint token = (GLint)buffer[i++];
+            switch (token) {
+            case GL_POLYGON_TOKEN: {
+                GLint k = (GLint)buffer[i++];
+                i += 2 * k;
+                polygons++;
+                break;
+            }
+            case GL_POINT_TOKEN:
+            case GL_BITMAP_TOKEN:
+            case GL_DRAW_PIXEL_TOKEN:
+            case GL_COPY_PIXEL_TOKEN:
+                i += 2;
+                break;
+            case GL_LINE_TOKEN:
+            case GL_LINE_RESET_TOKEN:
+                i += 4;
+                break;
+            case GL_PASS_THROUGH_TOKEN:
+                i += 1;
+                break;
+            default:
+                return -1;
+            }
+        }
+        return polygons;
+    }
+    return -1;
+}
+
+const long CLOCK0 = 1000000000L;
+
+// One frame; apart and never inlined, so that callgrind can be told to count
+// inside it only (--toggle-collect=*benchFrame*).
+__attribute__((noinline)) void benchFrame(bool fixed, long& step, bool& done) {
+    if (!fixed) {
+        looppass(done);
+        return;
+    }
+    bvclock_override = CLOCK0 + ++step * BV_CLOCKS_PER_SEC / 60;
+    SDL_Event event;
+    while (SDL_PollEvent(&event)) handleEvent(event, done);
+    joystick.refresh();
+    mouse.refresh(menu.m == MENU_RACING);
+    performance.fps = 60;
+    drawGL();
+    glFlush();
+    SDL_GL_SwapBuffers();
+}
+
+int runScenario(const Scenario& sc, int warmup, int frames, double t0, bool fixed) {
+    // A player has a sound card; a build machine under Xvfb has none, and
+    // without one the game would load and mix nothing. OpenAL Soft's null
+    // device mixes like a card does and plays to nowhere.
+    setenv("ALSOFT_DRIVERS", "null", 0);
+    std::string dir = scratchGame();
+    if (chdir(dir.c_str()) != 0) {
+        perror("frametime: chdir");
+        return 2;
+    }
+    setenv("SDL_VIDEODRIVER", "x11", 1);
+
+    // Start-up exactly as the game does it, up to its first menu frame on screen.
+    startup();
+    bool done = false;
+    looppass(done);
+    glFinish();
+    double firstframe = monotonic();
+
+    if (sc.race) {
+        unsigned int index = TRACK_MAXNAMES;
+        for (unsigned int i = 0; i < track.ntracks; i++)
+            if (sc.track == track.trackname[i]) index = i;
+        if (index == TRACK_MAXNAMES) {
+            fprintf(stderr, "frametime: no track %s\n", sc.track.c_str());
+            return 2;
+        }
+        if (index != config.track) {
+            config.track = index;
+            track.load();
+        }
+        config.ngokarts = sc.karts;
+        config.nhumanplayers = 0;
+        const unsigned int fx = sc.effects ? 1 : 0;
+        config.shadows = sc.effects ? 3 : 0;
+        config.trackshadows = fx;
+        config.lensflare = fx;
+        config.skidmarks = fx;
+        config.fog = fx;
+        config.lod = sc.effects ? 2 : 0;
+        menu.m = MENU_RACESTART;
+        looppass(done);  // the race-start frame
+        camera.mode = (unsigned int)sc.camera;
+    }
+
+    // With --fixed, each frame is the loop body with the frame rate held at 60
+    // and the clock stepped by a sixtieth of a second, so that two builds
+    // draw the very same frames (for instruction counts under callgrind,
+    // which runs far slower than real time).
+    long step = 0;
+    auto pass = [&]() { benchFrame(fixed, step, done); };
+    if (fixed) {
+        bvclock_override = CLOCK0;
+        if (sc.race) resetScene();  // the race's clock starts on the stepped clock
+    }
+
+    // Warm-up: the frames asked for, and in a real-time race at least until
+    // the karts are off the grid, so that every measured frame is one of racing.
+    for (int i = 0; i < warmup || (sc.race && (!fixed || sc.stepped) && t <= 2.5f); i++) pass();
+
+    std::vector<double> wall, cpu;
+    wall.reserve((size_t)frames);
+    cpu.reserve((size_t)frames);
+    double w0 = monotonic(), c0 = processtime();
+    for (int i = 0; i < frames; i++) {
+        pass();
+        double w1 = monotonic(), c1 = processtime();
+        wall.push_back(w1 - w0);
+        cpu.push_back(c1 - c0);
+        w0 = w1;
+        c0 = c1;
+    }
+    rusage ru;
+    getrusage(RUSAGE_SELF, &ru);
+    // What the resident set is made of at the end: mapped files (the GL
+    // driver and its compiler are most of them) and the process's own memory.
+    double rssfile = 0, rssanon = 0;
+    if (FILE* status = fopen("/proc/self/status", "r")) {
+        char line[256];
+        while (fgets(line, sizeof line, status)) {
+            if (strncmp(line, "RssFile:", 8) == 0) rssfile = atof(line + 8) / 1024;
+            if (strncmp(line, "RssAnon:", 8) == 0) rssanon = atof(line + 8) / 1024;
+        }
+        fclose(status);
+    }
+    // The counted frame is a frame like the measured ones (a stepped one in a stepped race).
+    long polygons = countPolygons(pass);
+
+    // How far the followed kart is from the nearest barrier point at the
+    // end: a kart that has broken out of the circuit leaves the eye looking
+    // at empty ground, and such frames cost far less than racing ones.
+    double away = -1;
+    if (sc.race) {
+        const sGokart& k = gokart[config.gokartfocus < GOKART_NKARTS ? config.gokartfocus : 0];
+        for (unsigned int i = 0; i < track.nLRpoints && i < TRACK_MAXPOINTS; i++)
+            for (const sTrackPoint& p : {track.Lpoint[i], track.Rpoint[i]}) {
+                double d = std::hypot((double)p.x - k.px, (double)p.z - k.pz);
+                if (away < 0 || d < away) away = d;
+            }
+    }
+    double median = percentile(wall, 0.5);
+    double cpusum = 0;
+    for (double c : cpu) cpusum += c;
+    printf("RESULT {\"scenario\": \"%s\", \"frames\": %d, \"median_fps\": %.2f, \"median_ms\": %.3f, "
+           "\"p1_ms\": %.3f, \"p99_ms\": %.3f, \"cpu_ms_per_frame\": %.3f, \"polygons\": %ld, "
+           "\"peak_rss_mb\": %.1f, \"rss_file_mb\": %.1f, \"rss_anon_mb\": %.1f, \"kart_from_barrier_m\": %.1f, \"startup_s\": %.3f}\n",
+           sc.name.c_str(), frames, median > 0 ? 1.0 / median : 0.0, median * 1000, percentile(wall, 0.01) * 1000,
+           percentile(wall, 0.99) * 1000, frames ? cpusum / frames * 1000 : 0.0, polygons,
+           (double)ru.ru_maxrss / 1024.0, rssfile, rssanon, away, t0 > 0 ? firstframe - t0 : -1.0);
+    fflush(stdout);
+    if (chdir("/") != 0) { /* nothing to do */ }
+    removeScratch(dir);
+    // Leave without the game's shutdown: it would save settings into the scratch copy we just removed.
+    SDL_Quit();
+    _exit(0);
+}
+
+// ---- the report ----
+
+struct Result {
+    std::map<std::string, double> num;
+    std::string scenario;
+    bool ok = false;
+};
+
+Result parseResult(const std::string& line) {
+    Result r;
+    size_t p = line.find("RESULT {");
+    if (p == std::string::npos) return r;
+    std::string body = line.substr(p + 8);
+    size_t i = 0;
+    while ((i = body.find('"', i)) != std::string::npos) {
+        size_t j = body.find('"', i + 1);
+        if (j == std::string::npos) break;
+        std::string key = body.substr(i + 1, j - i - 1);
+        size_t colon = body.find(':', j);
+        if (colon == std::string::npos) break;
+        size_t v = colon + 1;
+        while (v < body.size() && body[v] == ' ') v++;
+        if (v < body.size() && body[v] == '"') {
+            size_t e = body.find('"', v + 1);
+            if (key == "scenario") r.scenario = body.substr(v + 1, e - v - 1);
+            i = e + 1;
+        } else {
+            r.num[key] = strtod(body.c_str() + v, nullptr);
+            i = v;
+        }
+    }
+    r.ok = !r.scenario.empty();
+    return r;
+}
+
+std::string runChild(const char* self, const std::string& name, int warmup, int frames) {
+    int fds[2];
+    if (pipe(fds) != 0) return "";
+    double t0 = monotonic();
+    pid_t pid = fork();
+    if (pid == 0) {
+        dup2(fds[1], 1);
+        close(fds[0]);
+        close(fds[1]);
+        char t0s[64], ws[32], fs[32];
+        snprintf(t0s, sizeof t0s, "%.9f", t0);
+        snprintf(ws, sizeof ws, "%d", warmup);
+        snprintf(fs, sizeof fs, "%d", frames);
+        execl(self, self, "--scenario", name.c_str(), "--warmup", ws, "--frames", fs, "--t0", t0s, (char*)nullptr);
+        _exit(127);
+    }
+    close(fds[1]);
+    std::string out;
+    char buf[4096];
+    ssize_t n;
+    while ((n = read(fds[0], buf, sizeof buf)) > 0) out.append(buf, (size_t)n);
+    close(fds[0]);
+    int status = 0;
+    waitpid(pid, &status, 0);
+    std::istringstream lines(out);
+    std::string line;
+    while (std::getline(lines, line))
+        if (line.rfind("RESULT ", 0) == 0) return line;
+    return "";
+}
+
+// The Google Benchmark results, from its JSON output: name, time per
+// iteration in its unit, and the counters.
+struct SimResult {
+    std::string name;
+    double cpu = 0;
+    std::string unit;
+    std::map<std::string, double> counters;
+};
+
+std::vector<SimResult> readSim(const std::string& path) {
+    std::vector<SimResult> out;
+    std::ifstream in(path);
+    std::string line;
+    bool inBenchmarks = false;
+    SimResult cur;
+    auto value = [](const std::string& l) {
+        size_t c = l.find(':');
+        std::string v = l.substr(c + 1);
+        while (!v.empty() && (v.back() == ',' || v.back() == ' ')) v.pop_back();
+        size_t s = v.find_first_not_of(' ');
+        return s == std::string::npos ? std::string() : v.substr(s);
+    };
+    static const char* skip[] = {"family_index", "per_family_instance_index", "run_name", "run_type",
+                                 "repetitions", "repetition_index", "threads", "iterations", "real_time",
+                                 "aggregate_name", "aggregate_unit", "error_occurred", "error_message"};
+    while (std::getline(in, line)) {
+        if (line.find("\"benchmarks\"") != std::string::npos) inBenchmarks = true;
+        if (!inBenchmarks) continue;
+        size_t q = line.find('"');
+        if (line.find('{') != std::string::npos && q == std::string::npos) cur = SimResult();
+        if (line.find('}') != std::string::npos && !cur.name.empty()) {
+            out.push_back(cur);
+            cur = SimResult();
+            continue;
+        }
+        if (q == std::string::npos) continue;
+        size_t q2 = line.find('"', q + 1);
+        std::string key = line.substr(q + 1, q2 - q - 1);
+        std::string v = value(line);
+        if (key == "name") {
+            cur.name = v.substr(1, v.size() - 2);
+        } else if (key == "cpu_time") {
+            cur.cpu = strtod(v.c_str(), nullptr);
+        } else if (key == "time_unit") {
+            cur.unit = v.substr(1, v.size() - 2);
+        } else if (key != "benchmarks") {
+            bool skipped = false;
+            for (const char* s : skip) skipped = skipped || key == s;
+            if (!skipped && !v.empty() && v[0] != '"') cur.counters[key] = strtod(v.c_str(), nullptr);
+        }
+    }
+    return out;
+}
+
+std::string fmt(const char* f, double v) {
+    char b[64];
+    snprintf(b, sizeof b, f, v);
+    return b;
+}
+
+std::string machine() {
+    std::string cpu = "unknown processor";
+    std::ifstream in("/proc/cpuinfo");
+    std::string line;
+    while (std::getline(in, line))
+        if (line.rfind("model name", 0) == 0) {
+            cpu = line.substr(line.find(':') + 2);
+            break;
+        }
+    return cpu + ", " + std::to_string(sysconf(_SC_NPROCESSORS_ONLN)) + " processors online";
+}
+
+std::string renderer(const char* self) {
+    // The renderer string, from a child that opens the window (this process stays free of GL).
+    std::string cmd = std::string(self) + " --renderer 2>/dev/null";
+    FILE* p = popen(cmd.c_str(), "r");
+    if (!p) return "unknown";
+    char buf[512] = "";
+    if (!fgets(buf, sizeof buf, p)) buf[0] = 0;
+    pclose(p);
+    std::string s = buf;
+    while (!s.empty() && (s.back() == '\n' || s.back() == '\r')) s.pop_back();
+    return s.empty() ? "unknown" : s;
+}
+
+void writeReport(const std::vector<Result>& results, const std::vector<SimResult>& sim, const std::string& md,
+                 const std::string& json, const std::string& rendererName, int warmup, int frames) {
+    char when[64];
+    time_t now = time(nullptr);
+    strftime(when, sizeof when, "%Y-%m-%d %H:%M UTC", gmtime(&now));
+    double loadavg[3] = {0, 0, 0};
+    if (getloadavg(loadavg, 3) < 0) loadavg[0] = -1;
+
+    std::vector<double> startups;
+    double peak = 0;
+    const Result* heavy = nullptr;
+    const Result* menuResult = nullptr;
+    const Result* stepped = nullptr;
+    for (const Result& r : results) {
+        auto s = r.num.find("startup_s");
+        if (s != r.num.end() && s->second > 0) startups.push_back(s->second);
+        peak = std::max(peak, r.num.at("peak_rss_mb"));
+        if (r.scenario == "menu") menuResult = &r;
+        // The heaviest 6-kart race: the lowest median frame rate among them.
+        if (r.scenario.rfind("race-", 0) == 0 && r.scenario.size() > 6 &&
+            r.scenario.compare(r.scenario.size() - 6, 6, "-6-max") == 0)
+            if (!heavy || r.num.at("median_fps") < heavy->num.at("median_fps")) heavy = &r;
+        if (r.scenario.rfind("race60-", 0) == 0)
+            if (!stepped || r.num.at("median_fps") < stepped->num.at("median_fps")) stepped = &r;
+    }
+    double startup = percentile(startups, 0.5);
+    double simPerKart = 0;
+    std::string simTrack;
+    for (const SimResult& s : sim)
+        if (s.name.rfind("BM_KartFrame/", 0) == 0 && s.counters.count("pairs")) {
+            // The largest shipped track: the one with the most barrier pairs.
+            static double most = -1;
+            if (s.counters.at("pairs") > most) {
+                most = s.counters.at("pairs");
+                double ns = s.cpu * (s.unit == "us" ? 1000 : s.unit == "ms" ? 1e6 : 1);
+                simPerKart = ns / 1000;
+                simTrack = s.name.substr(13);
+            }
+        }
+
+    std::ofstream out(md);
+    out << "# Performance\n\n";
+    out << "Written by `make bench` from what it measured on " << when << ": " << machine()
+        << ", GL renderer " << rendererName << ", 1024x768 window";
+    out << ". Load average at the end of the run: " << fmt("%.2f", loadavg[0])
+        << ". The machine is shared: other builds and tests ran alongside, so frame times are noisy; "
+           "medians and percentiles are over "
+        << frames << " frames after " << warmup
+        << " warm-up frames (in a race, at least until the karts are off the grid), each scenario in a "
+           "fresh process of the harness (`bench/frametime.cpp`), which runs the game's own start-up and "
+           "loop body on the shipped settings but for those a scenario names. Sound plays to OpenAL Soft's "
+           "null device (`ALSOFT_DRIVERS=null` unless set otherwise), which mixes like a sound card.\n\n";
+
+    out << "## Budgets\n\n| Budget | Target | Measured | Met |\n|---|---|---|---|\n";
+    auto row = [&](const std::string& what, const std::string& target, const std::string& got, bool met) {
+        out << "| " << what << " | " << target << " | " << got << " | " << (met ? "yes" : "**no**") << " |\n";
+    };
+    if (heavy) {
+        row("6-kart race, every effect at its highest (slowest track: " + heavy->scenario + "), median",
+            ">= 120 fps", fmt("%.1f fps", heavy->num.at("median_fps")), heavy->num.at("median_fps") >= 120);
+        row("same race, 99th percentile frame time", "<= 16.7 ms", fmt("%.2f ms", heavy->num.at("p99_ms")),
+            heavy->num.at("p99_ms") <= 16.7);
+    }
+    if (stepped) {
+        row("the same race stepped at 1/60 s a frame, karts kept on the circuit (slowest: " + stepped->scenario +
+                "), median",
+            ">= 120 fps", fmt("%.1f fps", stepped->num.at("median_fps")), stepped->num.at("median_fps") >= 120);
+        row("same, 99th percentile frame time", "<= 16.7 ms", fmt("%.2f ms", stepped->num.at("p99_ms")),
+            stepped->num.at("p99_ms") <= 16.7);
+    }
+    if (menuResult)
+        row("menu with both previews, median", ">= 120 fps", fmt("%.1f fps", menuResult->num.at("median_fps")),
+            menuResult->num.at("median_fps") >= 120);
+    row("start-up to the first menu frame (median over all runs)", "<= 1.5 s", fmt("%.3f s", startup),
+        startup <= 1.5);
+    if (!simTrack.empty())
+        row("simulation per kart per frame, largest track (" + simTrack + ")", "<= 2 us",
+            fmt("%.3f us", simPerKart), simPerKart <= 2);
+    row("peak resident memory (largest of all scenarios)", "<= 150 MB", fmt("%.1f MB", peak), peak <= 150);
+
+    out << "\n## Frame times\n\n"
+           "Frame time is wall time from one pass of the loop body to the next. Processor time is the "
+           "whole process's (the game's thread and Mesa's rasteriser threads). Polygons: those that "
+           "reach the rasteriser in one frame, counted by running one further frame in GL feedback "
+           "mode (after culling and clipping). Peak memory: the process's peak resident set before that "
+           "frame. Start-up: from just before the process is started to the first menu frame finished.\n\n";
+    out << "| Scenario | Median fps | 1% frame (ms) | 99% frame (ms) | CPU per frame (ms) | Polygons | "
+           "Peak RSS (MB) | of it files / own at the end (MB) | Kart from barrier (m) | Start-up (s) |\n"
+           "|---|---|---|---|---|---|---|---|---|---|\n";
+    for (const Result& r : results) {
+        out << "| " << r.scenario << " | " << fmt("%.1f", r.num.at("median_fps")) << " | "
+            << fmt("%.2f", r.num.at("p1_ms")) << " | " << fmt("%.2f", r.num.at("p99_ms")) << " | "
+            << fmt("%.2f", r.num.at("cpu_ms_per_frame")) << " | " << fmt("%.0f", r.num.at("polygons")) << " | "
+            << fmt("%.1f", r.num.at("peak_rss_mb")) << " | " << fmt("%.1f", r.num.at("rss_file_mb")) << " / "
+            << fmt("%.1f", r.num.at("rss_anon_mb")) << " | "
+            << (r.num.count("kart_from_barrier_m") && r.num.at("kart_from_barrier_m") >= 0
+                    ? fmt("%.1f", r.num.at("kart_from_barrier_m"))
+                    : std::string("-"))
+            << " | " << fmt("%.3f", r.num.at("startup_s")) << " |\n";
+    }
+    out << "\nScenario names: `race-<track>-<karts>-<effects>`, every kart driven by the computer; `off` is "
+           "kart shadows 0, track shadows 0, lens flare 0, skid marks 0, fog 0, detail 0; `max` is kart "
+           "shadows 3, track shadows 1, lens flare 1, skid marks 1, fog 1, detail 2. `camera-<view>` is "
+           "the 6-kart `max` race on the first track in that view. `race60-<track>-6-max` is that race with "
+           "the race clock and the frame rate the karts move by held at a sixtieth of a second a frame "
+           "(the loop body otherwise as the game's), so that the karts race on the circuit however "
+           "slow the frames are. Kart from barrier: how far the followed kart ended from the nearest "
+           "barrier point; tens of metres means it had left the circuit and the view was mostly empty "
+           "ground.\n";
+
+    if (!sim.empty()) {
+        out << "\n## Simulation\n\nGoogle Benchmark (`bench/sim_bench.cpp`), processor time per "
+               "iteration. An iteration of `BM_KartFrame` and `BM_Karts` is one frame of `colide`, "
+               "`think` and `move` for each kart (at 60 frames per simulated second), on a shipped "
+               "track or on a ring of 32 to 255 barrier pairs; `BM_TrackCheck` and `BM_GetCheckpoint` take "
+               "the segments and positions of a kart's first simulated minute on that track in turn.\n\n| Benchmark | Time | Counters |\n|---|---|---|\n";
+        for (const SimResult& s : sim) {
+            out << "| " << s.name << " | " << fmt("%.3f", s.cpu) << " " << s.unit << " | ";
+            bool first = true;
+            for (const auto& c : s.counters) {
+                out << (first ? "" : ", ") << c.first << " " << fmt("%g", c.second);
+                first = false;
+            }
+            auto karts = s.counters.find("karts");
+            if (karts != s.counters.end() && karts->second > 0)
+                out << ", per kart " << fmt("%.3f", s.cpu / karts->second) << " " << s.unit;
+            out << " |\n";
+        }
+    }
+    out << "\n";
+    std::ifstream notes(std::string(BV_SOURCE_DIR) + "/bench/PERFORMANCE-notes.md");
+    if (notes) out << notes.rdbuf();
+
+    std::ofstream js(json);
+    js << "{\n  \"measured\": \"" << when << "\",\n  \"machine\": \"" << machine() << "\",\n  \"renderer\": \""
+       << rendererName << "\",\n  \"load_average\": " << fmt("%.2f", loadavg[0])
+       << ",\n  \"warmup_frames\": " << warmup << ",\n  \"frames\": " << frames
+       << ",\n  \"startup_median_s\": " << fmt("%.3f", startup) << ",\n  \"scenarios\": [\n";
+    for (size_t i = 0; i < results.size(); i++) {
+        js << "    {\"scenario\": \"" << results[i].scenario << "\"";
+        for (const auto& n : results[i].num) js << ", \"" << n.first << "\": " << fmt("%.3f", n.second);
+        js << "}" << (i + 1 < results.size() ? "," : "") << "\n";
+    }
+    js << "  ],\n  \"simulation\": [\n";
+    for (size_t i = 0; i < sim.size(); i++) {
+        js << "    {\"name\": \"" << sim[i].name << "\", \"cpu_time\": " << fmt("%.3f", sim[i].cpu)
+           << ", \"time_unit\": \"" << sim[i].unit << "\"";
+        for (const auto& c : sim[i].counters) js << ", \"" << c.first << "\": " << fmt("%g", c.second);
+        js << "}" << (i + 1 < sim.size() ? "," : "") << "\n";
+    }
+    js << "  ]\n}\n";
+}
+
+int usage() {
+    fprintf(stderr,
+            "usage: frametime --list | --scenario NAME [--warmup N] [--frames N] |\n"
+            "       --all [--only TEXT] [--warmup N] [--frames N] [--sim FILE] [--markdown FILE] [--json FILE]\n"
+            "             [--raw FILE | --from FILE]\n");
+    return 2;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::string scenario, sim, markdown = "PERFORMANCE.md", json = "performance.json", only, raw, from;
+    int warmup = 60, frames = 300;
+    double t0 = -1;
+    bool all = false, list = false, fixed = false;
+    for (int i = 1; i < argc; i++) {
+        std::string a = argv[i];
+        auto next = [&]() -> std::string { return i + 1 < argc ? argv[++i] : ""; };
+        if (a == "--scenario") scenario = next();
+        else if (a == "--warmup") warmup = atoi(next().c_str());
+        else if (a == "--frames") frames = atoi(next().c_str());
+        else if (a == "--t0") t0 = strtod(next().c_str(), nullptr);
+        else if (a == "--sim") sim = next();
+        else if (a == "--markdown") markdown = next();
+        else if (a == "--json") json = next();
+        else if (a == "--only") only = next();
+        else if (a == "--raw") raw = next();
+        else if (a == "--from") from = next();
+        else if (a == "--all") all = true;
+        else if (a == "--fixed") fixed = true;
+        else if (a == "--list") list = true;
+        else if (a == "--renderer") {
+            setenv("SDL_VIDEODRIVER", "x11", 1);
+            if (SDL_Init(SDL_INIT_VIDEO) < 0) return 1;
+            SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
+            if (!SDL_SetVideoMode(64, 64, 32, SDL_OPENGL)) return 1;
+            printf("%s\n", (const char*)glGetString(GL_RENDERER));
+            SDL_Quit();
+            return 0;
+        } else return usage();
+    }
+    if (frames < 1) frames = 1;
+    if (warmup < 0) warmup = 0;
+    std::vector<Scenario> all_scenarios = scenarios();
+    if (list) {
+        for (const Scenario& s : all_scenarios) printf("%s\n", s.name.c_str());
+        return 0;
+    }
+    if (!scenario.empty()) {
+        for (const Scenario& s : all_scenarios)
+            if (s.name == scenario) return runScenario(s, warmup, frames, t0, fixed || s.stepped);
+        fprintf(stderr, "frametime: no scenario %s (see --list)\n", scenario.c_str());
+        return 2;
+    }
+    if (!all) return usage();
+
+    char self[4096];
+    ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
+    if (n <= 0) return 2;
+    self[n] = 0;
+    std::vector<Result> results;
+    int failed = 0;
+    if (!from.empty()) {
+        // The report again from the results of an earlier run.
+        std::ifstream in(from);
+        std::string line;
+        while (std::getline(in, line)) {
+            Result r = parseResult(line);
+            if (r.ok) results.push_back(r);
+        }
+        all_scenarios.clear();
+    }
+    std::ofstream rawOut;
+    if (!raw.empty()) rawOut.open(raw);
+    for (const Scenario& s : all_scenarios) {
+        if (!only.empty() && s.name.find(only) == std::string::npos) continue;
+        fprintf(stderr, "frametime: %s ...", s.name.c_str());
+        std::string line = runChild(self, s.name, warmup, frames);
+        Result r = parseResult(line);
+        if (rawOut) rawOut << line << std::endl;
+        if (!r.ok) {
+            fprintf(stderr, " failed\n");
+            failed++;
+            continue;
+        }
+        fprintf(stderr, " %.1f fps median, 99%% %.2f ms\n", r.num["median_fps"], r.num["p99_ms"]);
+        results.push_back(r);
+    }
+    std::vector<SimResult> simResults;
+    if (!sim.empty()) simResults = readSim(sim);
+    writeReport(results, simResults, markdown, json, renderer(self), warmup, frames);
+    fprintf(stderr, "frametime: wrote %s and %s\n", markdown.c_str(), json.c_str());
+    return failed ? 1 : 0;
+}
