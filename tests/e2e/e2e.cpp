@@ -396,6 +396,7 @@ double match(const Sound& hay, double from, double to, const Sound& needle, doub
     std::vector<double> prefix(h.size() + 1, 0);
     for (size_t i = 0; i < h.size(); i++) prefix[i + 1] = prefix[i] + (double)h[i] * h[i];
     double best = 0;
+    size_t bestAt = a;
     for (size_t o = a; o < b; o++) {
         double hh = prefix[o + n.size()] - prefix[o];
         if (hh <= 0) continue;
@@ -404,10 +405,33 @@ double match(const Sound& hay, double from, double to, const Sound& needle, doub
         double c = dot / std::sqrt(hh * nn);
         if (c > best) {
             best = c;
-            if (at) *at = (double)o / rate;
+            bestAt = o;
         }
     }
-    return best;
+    if (best <= 0) return 0;
+    // The blocks of the coarse search fall anywhere across the sound's
+    // samples; at the best place found, find the very sample at full rate.
+    const std::vector<float>& H = hay.mono;
+    const std::vector<float>& N = needle.mono;
+    double full = 0, fullAt = (double)bestAt / rate;
+    double NN = 0;
+    for (float v : N) NN += (double)v * v;
+    size_t first = bestAt * factor >= (size_t)2 * factor ? (bestAt - 2) * factor : 0;
+    for (size_t o = first; o <= (bestAt + 2) * factor && o + N.size() <= H.size(); o++) {
+        double dot = 0, hh = 0;
+        for (size_t i = 0; i < N.size(); i++) {
+            dot += (double)H[o + i] * N[i];
+            hh += (double)H[o + i] * H[o + i];
+        }
+        if (hh <= 0 || NN <= 0) continue;
+        double c = dot / std::sqrt(hh * NN);
+        if (c > full) {
+            full = c;
+            fullAt = (double)o / hay.rate;
+        }
+    }
+    if (at) *at = full > best ? fullAt : (double)bestAt / rate;
+    return std::max(best, full);
 }
 
 double heardLoop(const Sound& hay, double from, double to, const Sound& loop) {
