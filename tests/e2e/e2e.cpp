@@ -597,13 +597,13 @@ bool Game::step(double ux, double uy) {
     // own or another's.
     rest(0.3);
     moveUnit(ux, uy);
-    // The game reads the mouse once a frame, just after showing the last one:
-    // the button goes down right after one frame shows and up right after the
-    // next, so that exactly one frame's reading finds it down.
     if (!menuFrames(1)) return false;
+    // A quick click: the game sees the button down for exactly one frame
+    // however its frames fall, and so the arrow steps once.
     buttonDown();
-    bool ok = menuFrames(1);
+    rest(0.01);
     buttonUp();
+    bool ok = menuFrames(2);
     moveUnit(0.3, 0.95);
     return ok && menuFrames(2);
 }

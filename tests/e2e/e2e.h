@@ -136,8 +136,7 @@ public:
     // Types text letter by letter into whatever has the focus.
     void type(const std::string& text, double perKey = 0.05);
 
-    // One press of a menu arrow at (ux, uy): held for exactly one frame, so
-    // that however slowly the game draws, the arrow steps once.
+    // One click on a menu arrow at (ux, uy): the arrow steps once.
     bool step(double ux, double uy);
     // A large menu button (RACE!, Quit, ...): held until the screen changes.
     bool press(double ux, double uy, double seconds = 60);
