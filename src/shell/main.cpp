@@ -5,7 +5,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 
 #include "assets/font.h"
@@ -276,10 +275,15 @@ namespace {
 SDL_Event heldover;
 bool isheldover = false;
 
-bool releasesPressOfThisPass(const SDL_Event& event, const bool* keysdown, bool buttondown) {
+// The pass in which each key last went down: a key went down in this pass
+// when its entry is this pass's number, so nothing needs clearing per frame.
+unsigned int keydownpass[KEYBOARD_NKEYS];
+unsigned int pass = 0;
+
+bool releasesPressOfThisPass(const SDL_Event& event, bool buttondown) {
     if (event.type == SDL_KEYUP) {
         unsigned int sym = event.key.keysym.sym;
-        return sym < KEYBOARD_NKEYS && keysdown[sym];
+        return sym < KEYBOARD_NKEYS && keydownpass[sym] == pass;
     }
     return event.type == SDL_MOUSEBUTTONUP && buttondown;
 }
@@ -287,8 +291,7 @@ bool releasesPressOfThisPass(const SDL_Event& event, const bool* keysdown, bool 
 }  // namespace
 
 void pumpEvents(bool& done) {
-    static bool keysdown[KEYBOARD_NKEYS];
-    memset(keysdown, 0, sizeof keysdown);
+    pass++;  // never 0, the number no key starts with, short of four billion frames
     bool buttondown = false;
     SDL_Event event;
     if (isheldover) {
@@ -296,12 +299,12 @@ void pumpEvents(bool& done) {
         handleEvent(heldover, done);
     }
     while (SDL_PollEvent(&event)) {
-        if (releasesPressOfThisPass(event, keysdown, buttondown)) {
+        if (releasesPressOfThisPass(event, buttondown)) {
             heldover = event;
             isheldover = true;
             return;
         }
-        if (event.type == SDL_KEYDOWN && event.key.keysym.sym < KEYBOARD_NKEYS) keysdown[event.key.keysym.sym] = true;
+        if (event.type == SDL_KEYDOWN && event.key.keysym.sym < KEYBOARD_NKEYS) keydownpass[event.key.keysym.sym] = pass;
         if (event.type == SDL_MOUSEBUTTONDOWN) buttondown = true;
         handleEvent(event, done);
     }
