@@ -340,17 +340,21 @@ writer3ds::Model scenery(const std::string& name) {
     return writer3ds::Model();
 }
 
-// The sky: a dome of radius 200 about the origin, well inside the far plane
-// (300) from anywhere on the track, closed below the horizon by a skirt and a
-// floor 40 down, so that no gap shows past the edge of the ground. Its faces
-// look inwards. The picture wraps once round
-// the horizon; its bottom row (v = 0) is the horizon, which should be the fog
-// colour, and its top row the zenith. The skirt keeps the horizon row.
+// The sky: a dome of radius 80 about the origin. The ground ends 34 out and
+// its corners 48 out, so the dome stands beyond all of it, and from anywhere
+// on the track it lies well inside the far plane (300). It is no bigger than
+// that because the track's fog is laid over it by its distance from the eye:
+// at 80 or so the evening still shows through the fog of every track. It is
+// closed below the horizon by a skirt and a floor 40 down, so that no gap
+// shows past the edge of the ground. Its faces look inwards. The picture
+// wraps once round the horizon; its bottom row (v = 0) is the horizon, which
+// should be the fog colour, and its top row the zenith. The skirt keeps the
+// horizon row.
 writer3ds::Model skyDome() {
     Builder b;
     int sky = b.material("Sky", 255, 255, 255, "Sky.tga");
     Mesh& m = b.object("Sky", sky);
-    const float R = 200.0f;
+    const float R = 80.0f;
     const int rings = 10;
     std::vector<P2> p;
     p.push_back({0, R, 1, false});

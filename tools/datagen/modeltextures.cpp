@@ -22,17 +22,27 @@ float tfbm(float x, float y, int w, int h, int cells, unsigned seed, int octaves
 
 bvw::RGBA8Image sky() {
     // Wrapped round a dome: u goes round the horizon (seamless), v from the
-    // horizon (bottom row) up to the zenith (top row).
+    // horizon (bottom row) up to the zenith (top row). The evening of the
+    // splash and the menus: night blue overhead, dusk blue, a warm band low
+    // down and lilac-to-peach clouds. The eye on the track sees mostly the
+    // lowest third of the dome, so the colours change there; the track's fog
+    // is laid over all of it, so they are stronger than the menu's, and the
+    // bottom row is the fog's own colour, where the ground fades into it.
     const int w = 512, h = 256;
+    const Color fog = rgb(0x86867f);
     Canvas c(w, h);
     c.fillWith([&](float x, float y) {
         float up = 1 - y / h;  // 0 horizon, 1 zenith
-        Color col = mix(rgb(0xd9e6f2), rgb(0x6d9fd6), smooth(0.0f, 0.45f, up));
-        col = mix(col, rgb(0x3f74c0), smooth(0.45f, 1.0f, up));
-        float cloud = fbm(x / w * 8, y / h * 3, 6, 8, 1000);
-        float amount = smooth(0.5f, 0.75f, cloud) * smooth(0.02f, 0.15f, up) * (1 - smooth(0.6f, 0.9f, up));
-        Color cl = mix(rgb(0xffffff), rgb(0xb8c2d2), smooth(0.6f, 0.9f, cloud));
-        return mix(col, cl, amount);
+        Color col = mix(rgb(0xffc070), rgb(0xf08a48), smooth(0.0f, 0.06f, up));
+        col = mix(col, rgb(0x3848b8), smooth(0.05f, 0.22f, up));
+        col = mix(col, rgb(0x101848), smooth(0.2f, 0.75f, up));
+        // Long low clouds, lilac in the blue, lit peach underneath nearer the sun's glow.
+        float cloud = fbm(x / w * 8, y / h * 9, 6, 8, 1000);
+        float amount = smooth(0.45f, 0.62f, cloud) * smooth(0.025f, 0.06f, up) * (1 - smooth(0.3f, 0.6f, up));
+        Color cl = mix(rgb(0xffb88a), rgb(0x7050b0), smooth(0.04f, 0.16f, up));
+        cl = mix(cl, rgb(0xffd8b0), 0.6f * smooth(0.55f, 0.75f, cloud) * (1 - smooth(0.1f, 0.25f, up)));
+        col = mix(col, cl, 0.9f * amount);
+        return mix(fog, col, smooth(0.0f, 0.03f, up));
     });
     return c.toRGBA8();
 }
