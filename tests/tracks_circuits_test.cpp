@@ -273,6 +273,30 @@ TEST(TracksCircuits, SourceMistakesAreNamed) {
     EXPECT_EQ(error, "line 2: the ground texture must be 0 to 3");
 }
 
+// A circuit with a tongue: west along the top, a hairpin back east, down
+// the middle and round the bottom to the start straight. Its hairpin is
+// tightened to `radius`, its lower leg runs at `lowerZ`.
+std::string tongue(double radius, double lowerZ) {
+    char hairpin[160];
+    std::snprintf(hairpin, sizeof hairpin, "arc -20 %.2f %.2f -90 -270 6\npoint -10 %.2f 6\narc -10 %.2f 6 -90 0 6\n",
+                  lowerZ - radius, radius, lowerZ, lowerZ + 6);
+    return std::string("ground 2\nfog 5\npoint 27.25 -3.5 7\npoint 27.25 -15.5 7\npoint 27.25 -19.5 7\n"
+                       "arc 19.25 -19.5 8 0 -90 7\npoint 14 -27.5 7\npoint -14 -27.5 7\n") +
+           hairpin + "point -4 11 6\narc 2 16.5 6 180 90 6.5\npoint 16 22.5 6.5\narc 21.25 16.5 6 90 0 6.5\n"
+                     "point 27.25 4.5 7\npoint 27.25 0.5 7\n";
+}
+
+TEST(TracksCircuits, TheRoadsideGrassOfAHairpinMayNotReachTheOtherLeg) {
+    TrackBuild build;
+    std::string error;
+    // Legs 4.5 apart between their barriers: the 5-unit grass of each lies on the other.
+    EXPECT_FALSE(buildTrack(tongue(5.25, -17), "Tongue", &build, &error));
+    EXPECT_NE(error.find("the grass beside the left barrier lies on the road"), std::string::npos) << error;
+    // Opened up to 6.5 between them, the hairpin builds.
+    EXPECT_TRUE(buildTrack(tongue(6.25, -15), "Tongue", &build, &error)) << error;
+    EXPECT_TRUE(trackcheck::roadsideOnRoad(parsed(build.fileText)).empty());
+}
+
 TEST(TracksCircuits, ScatteredGroupsStayOffTheRoad) {
     TrackBuild build;
     std::string error;

@@ -91,16 +91,6 @@ double distanceToRing(Point p, const std::vector<Point>& ring) {
     return best;
 }
 
-bool insideRing(Point p, const std::vector<Point>& ring) {
-    bool in = false;
-    for (size_t i = 0, j = ring.size() - 1; i < ring.size(); j = i++) {
-        const Point& a = ring[i];
-        const Point& b = ring[j];
-        if ((a.z > p.z) != (b.z > p.z) && p.x < (b.x - a.x) * (p.z - a.z) / (b.z - a.z) + a.x) in = !in;
-    }
-    return in;
-}
-
 // The road is what lies between the two barrier lines: inside exactly one of them.
 bool onRoad(const Track& t, Point p) { return insideRing(p, t.left) != insideRing(p, t.right); }
 
@@ -171,6 +161,69 @@ void gridPlace(int id, float* px, float* pz) {
 std::string where(Point p) { return format("(%.2f, %.2f)", p.x, p.z); }
 
 }  // namespace
+
+std::vector<Point> barrierNormals(const std::vector<Point>& P, bool left) {
+    const unsigned n = (unsigned)P.size();
+    std::vector<Point> N(n);
+    if (n == 0) return N;
+    N[0] = left ? Point{1.0f, 0.0f} : Point{-1.0f, 0.0f};
+    for (unsigned i = 1; i < n; i++) {
+        unsigned p = (i - 1) % n, q = (i + 1) % n;
+        float spandz = P[q].z - P[p].z;
+        float dx1 = P[i].x - P[p].x, dz1 = P[i].z - P[p].z;
+        float dx2 = P[q].x - P[i].x, dz2 = P[q].z - P[i].z;
+        if (dx1 == 0) dx1 = 0.1f;
+        if (dx2 == 0) dx2 = 0.1f;
+        float angle = (std::atan(dz1 / dx1) + std::atan(dz2 / dx2)) / 2;
+        if (dx1 > 0 && dx2 > 0) angle += 1.570796327f;
+        if (dx1 < 0 && dx2 < 0) angle -= 1.570796327f;
+        float t = std::tan(angle);
+        float root = std::sqrt(t * t + 1);
+        if (root == 0) root = 0.1f;
+        float c = 1 / root;
+        bool negate = left ? spandz > 0 : !(spandz > 0);
+        N[i] = negate ? Point{-c, -c * t} : Point{c, c * t};
+        if (std::fabs(N[i].x - N[i - 1].x) > 1 || std::fabs(N[i].z - N[i - 1].z) > 1) N[i] = Point{-N[i].x, -N[i].z};
+    }
+    return N;
+}
+
+std::vector<std::string> roadsideOnRoad(const Track& t) {
+    std::vector<std::string> problems;
+    const unsigned n = (unsigned)t.left.size();
+    if (n < 3) return problems;
+    // Samples over each piece of band between two pairs, a little off the
+    // barrier line itself (which is the road's edge), out to the grass's end.
+    const int along = 6;
+    const float across[] = {0.1f, 0.4f, kDirtBand, 1.1f, 1.5f, 2.0f, 2.5f, 3.0f, 3.5f, 4.0f, 4.5f, kGrassOut};
+    for (int side = 0; side < 2; side++) {
+        const std::vector<Point>& P = side == 0 ? t.left : t.right;
+        const std::vector<Point> N = barrierNormals(P, side == 0);
+        unsigned count[2] = {0, 0}, first[2] = {0, 0};
+        Point firstAt[2];
+        for (unsigned i = 0; i < n; i++) {
+            unsigned j = (i + 1) % n;
+            bool found[2] = {false, false};
+            for (float d : across)
+                for (int k = 0; k <= along; k++) {
+                    float u = (float)k / along;
+                    Point a{P[i].x - N[i].x * d, P[i].z - N[i].z * d}, b{P[j].x - N[j].x * d, P[j].z - N[j].z * d};
+                    Point s{a.x + (b.x - a.x) * u, a.z + (b.z - a.z) * u};
+                    int kind = d <= kDirtBand ? 0 : 1;
+                    if (found[kind] || !onRoad(t, s)) continue;
+                    found[kind] = true;
+                    if (count[kind]++ == 0) first[kind] = i, firstAt[kind] = s;
+                }
+        }
+        for (int kind = 0; kind < 2; kind++)
+            if (count[kind])
+                problems.push_back(format("the %s beside the %s barrier lies on the road at %u pairs, first at pair %u "
+                                          "near %s",
+                                          kind == 0 ? "dirt" : "grass", side == 0 ? "left" : "right", count[kind],
+                                          first[kind], where(firstAt[kind]).c_str()));
+    }
+    return problems;
+}
 
 const char* objectTypeName(int type) {
     static const char* names[kObjectTypes] = {"barrel", "barrelt", "container", "barrel2", "barrel2t", "plant",
@@ -450,6 +503,9 @@ std::vector<std::string> validateTrack(const std::string& text, const std::vecto
 
     // A self-crossing barrier makes "between the barriers" meaningless; stop here.
     if (crossed) return problems;
+
+    // The dirt and grass outside the barriers stay off the road.
+    for (const std::string& s : roadsideOnRoad(t)) problems.push_back(s);
 
     // The grid: every kart on the road with room to spare, and each counts its
     // first lap when it drives off straight ahead.

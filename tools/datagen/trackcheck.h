@@ -45,6 +45,19 @@ struct Track {
     std::vector<int> fileValues;
 };
 
+// Even-odd rule: whether p lies inside the closed line through the points of
+// `ring`. One rule for the generator (in double), the validator and the plots.
+template <typename P>
+bool insideRing(const P& p, const std::vector<P>& ring) {
+    bool in = false;
+    for (size_t i = 0, j = ring.size() - 1; i < ring.size(); j = i++) {
+        const P& a = ring[i];
+        const P& b = ring[j];
+        if ((a.z > p.z) != (b.z > p.z) && p.x < (b.x - a.x) * (p.z - a.z) / (b.z - a.z) + a.x) in = !in;
+    }
+    return in;
+}
+
 // Reads the text as the game's loader does: three numbers, then records
 // "LR lx lz rx rz", "C x z" and "O type x z"; any other word is skipped on
 // its own. Problems (a missing header, a malformed number) are appended to
@@ -59,6 +72,19 @@ int objectTypeByName(const std::string& name);
 // Distance an object of this type keeps from the barrier lines, so that no
 // part of it reaches into the barrier or over the road; -1 for a TV camera stand.
 float objectRoom(int type);
+
+// The ground the game lays outside each barrier line, from the line outwards
+// along the barrier's normals: a band of dirt, then grass out to this far.
+const float kDirtBand = 0.75f;
+const float kGrassOut = 5.0f;
+// The unit normals of one barrier line (pointing at the road), worked out as
+// the game does when it loads a track: the mean direction of the segments
+// either side, turned to agree with the normal before, from a fixed normal
+// across the start straight at pair 0.
+std::vector<Point> barrierNormals(const std::vector<Point>& line, bool left);
+// Every place where that dirt or grass lies on the road (of any stretch),
+// one sentence per barrier and kind of ground, naming the first pair.
+std::vector<std::string> roadsideOnRoad(const Track& track);
 
 // How a kart following one lateral line at top speed fares with the lap rule.
 struct LineRun {

@@ -169,15 +169,6 @@ private:
 struct Barriers {
     std::vector<V2> left, right;
 
-    static bool inside(V2 p, const std::vector<V2>& ring) {
-        bool in = false;
-        for (size_t i = 0, j = ring.size() - 1; i < ring.size(); j = i++) {
-            const V2& a = ring[i];
-            const V2& b = ring[j];
-            if ((a.z > p.z) != (b.z > p.z) && p.x < (b.x - a.x) * (p.z - a.z) / (b.z - a.z) + a.x) in = !in;
-        }
-        return in;
-    }
     static double distance(V2 p, const std::vector<V2>& ring) {
         double best = 1e9;
         for (size_t i = 0; i < ring.size(); i++) {
@@ -189,7 +180,7 @@ struct Barriers {
         }
         return best;
     }
-    bool onRoad(V2 p) const { return inside(p, left) != inside(p, right); }
+    bool onRoad(V2 p) const { return trackcheck::insideRing(p, left) != trackcheck::insideRing(p, right); }
     double clearance(V2 p) const { return std::min(distance(p, left), distance(p, right)); }
 };
 
@@ -528,6 +519,21 @@ bool buildTrack(const std::string& sourceText, const std::string& fallbackName, 
         }
     }
     file << cameras.str() << objects.str();
+
+    // The game lays dirt and grass outside both barriers; on a tight hairpin
+    // or where two stretches run close, that ground must not reach the road
+    // of the other stretch, or it paints over it.
+    trackcheck::Track laid;
+    std::vector<std::string> unread;
+    if (!trackcheck::parseTrack(file.str(), &laid, &unread) && !unread.empty()) {
+        *error = unread[0];
+        return false;
+    }
+    std::vector<std::string> overRoad = trackcheck::roadsideOnRoad(laid);
+    if (!overRoad.empty()) {
+        *error = overRoad[0] + ": the stretches are too close together";
+        return false;
+    }
 
     out->name = b.name;
     out->about = b.about;

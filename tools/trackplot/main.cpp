@@ -4,11 +4,11 @@
 //
 //   trackplot SOURCEDIR OUTDIR
 //
-// Road grey, left barrier red, right barrier blue, pair lines faint, pair 0
-// yellow and the two pairs behind it orange, the grid karts white, TV cameras
-// cyan, plants green, barrels orange, containers steel blue, boards magenta,
-// signs yellow, and the place where the lap is counted on the middle line as
-// a red cross. The faint circle is what the menu's turntable keeps in view.
+// Road grey, left barrier red, right barrier blue, the far edge of the
+// roadside grass light green, pair lines faint, pair 0 yellow and the two
+// pairs behind it orange, the grid karts white, TV cameras cyan, plants
+// green, barrels orange, containers steel blue, boards magenta, signs yellow,
+// and the place where the lap is counted on the middle line as a red cross. The faint circle is what the menu's turntable keeps in view.
 
 #include <dirent.h>
 
@@ -76,16 +76,6 @@ void dot(Image& im, Point p, float radiusWorld, int r, int g, int b, bool square
         }
 }
 
-bool inside(Point p, const std::vector<Point>& ring) {
-    bool in = false;
-    for (size_t i = 0, j = ring.size() - 1; i < ring.size(); j = i++) {
-        const Point& a = ring[i];
-        const Point& b = ring[j];
-        if ((a.z > p.z) != (b.z > p.z) && p.x < (b.x - a.x) * (p.z - a.z) / (b.z - a.z) + a.x) in = !in;
-    }
-    return in;
-}
-
 void draw(const trackcheck::Track& t, const std::string& path) {
     Image im;
     static const int ground[4][3] = {{120, 104, 78}, {150, 132, 96}, {96, 110, 70}, {128, 120, 112}};
@@ -95,7 +85,7 @@ void draw(const trackcheck::Track& t, const std::string& path) {
             Point p{((x + 0.5f) / kPerUnit + kOrigin - 256) * trackcheck::kTrackScale,
                     ((y + 0.5f) / kPerUnit + kOrigin - 256) * trackcheck::kTrackScale};
             bool grid = std::fabs(p.x) <= 34 && std::fabs(p.z) <= 34;
-            bool road = !t.left.empty() && inside(p, t.left) != inside(p, t.right);
+            bool road = !t.left.empty() && trackcheck::insideRing(p, t.left) != trackcheck::insideRing(p, t.right);
             if (road) im.set(x, y, 70, 70, 74);
             else if (grid) im.set(x, y, g[0], g[1], g[2]);
             else im.set(x, y, 20, 20, 28);
@@ -113,6 +103,15 @@ void draw(const trackcheck::Track& t, const std::string& path) {
         bool special = i == 0 || i + 1 == n || i + 2 == n;
         int r = i == 0 ? 255 : special ? 255 : 200, gg = i == 0 ? 230 : special ? 150 : 200, b = special ? 0 : 200;
         line(im, t.left[i], t.right[i], r, gg, b, special ? 1.0f : 0.25f);
+    }
+    // The far edge of the grass the game lays outside each barrier.
+    for (int side = 0; side < 2; side++) {
+        const std::vector<Point>& P = side == 0 ? t.left : t.right;
+        const std::vector<Point> N = trackcheck::barrierNormals(P, side == 0);
+        auto edge = [&](size_t i) {
+            return Point{P[i].x - N[i].x * trackcheck::kGrassOut, P[i].z - N[i].z * trackcheck::kGrassOut};
+        };
+        for (size_t i = 0; i < n; i++) line(im, edge(i), edge((i + 1) % n), 120, 230, 90, 0.7f);
     }
     for (size_t i = 0; i < n; i++) {
         line(im, t.left[i], t.left[(i + 1) % n], 230, 40, 40, 1, 2);
