@@ -403,17 +403,20 @@ LineRun driveLine(const Track& t, float placement, int laps) {
 
 using namespace trackcheck;
 
-std::vector<std::string> validateTrack(const std::string& text, const std::vector<std::string>& adPictures) {
-    std::vector<std::string> problems;
-    Track t;
-    if (!parseTrack(text, &t, &problems)) return problems;
+namespace {
 
-    // The header.
+typedef std::vector<std::string> Problems;
+
+// The header: ground, road and fog within what the game has.
+void checkHeader(const Track& t, Problems& problems) {
     if (t.dirt < 0 || t.dirt > 3) problems.push_back(format("ground texture %d is not one of 0 to 3", t.dirt));
     if (t.road != 0) problems.push_back(format("road texture %d is not 0, the only road texture", t.road));
     if (t.fog < 0 || t.fog > 100) problems.push_back(format("fog %d is outside 0 to 100", t.fog));
+}
 
-    // Sizes the game's record and the kart's 8-bit checkpoint can hold.
+// Sizes the game's record and the kart's 8-bit checkpoint can hold, and
+// everything on the ground grid, which the file's 0..512 spans.
+void checkSizes(const Track& t, Problems& problems) {
     const unsigned n = (unsigned)t.left.size();
     if (n < 8) problems.push_back(format("only %u point pairs: too few for a circuit", n));
     if (n > (unsigned)kMaxPairs) problems.push_back(format("%u point pairs: a kart's checkpoint counts only to 255", n));
@@ -421,15 +424,16 @@ std::vector<std::string> validateTrack(const std::string& text, const std::vecto
     if (t.cameras.size() > 999) problems.push_back(format("%zu centre-line points: more than 999", t.cameras.size()));
     if (t.objects.size() > 256) problems.push_back(format("%zu roadside objects: more than 256", t.objects.size()));
 
-    // Everything on the ground grid, which the file's 0..512 spans.
     int outside = 0;
     for (int v : t.fileValues)
         if (v < 0 || v > 512) outside++;
     if (outside) problems.push_back(format("%d file coordinates lie outside 0..512, off the ground grid", outside));
-    if (n < 4) return problems;
+}
 
-    // Barrier lines: no repeated points, the left one on the driver's left,
-    // neither crossing itself nor the other, and a road wide enough to race on.
+// No repeated points, the left line on the driver's left, and a road wide
+// enough to race on.
+void checkBarrierPoints(const Track& t, Problems& problems) {
+    const unsigned n = (unsigned)t.left.size();
     for (unsigned i = 0; i < n; i++) {
         unsigned j = (i + 1) % n;
         if (t.left[i].x == t.left[j].x && t.left[i].z == t.left[j].z)
@@ -455,7 +459,11 @@ std::vector<std::string> validateTrack(const std::string& text, const std::vecto
     if (narrow)
         problems.push_back(format("the road is narrower than %.1f at %d pairs, first at pair %u", kMinRoadWidth, narrow,
                                   firstNarrow));
+}
 
+// Neither barrier crosses itself nor the other; true when one does.
+bool checkCrossings(const Track& t, Problems& problems) {
+    const unsigned n = (unsigned)t.left.size();
     bool crossed = false;
     auto selfCrossings = [&](const std::vector<Point>& ring, const char* name) {
         for (unsigned i = 0; i < n; i++)
@@ -479,8 +487,12 @@ std::vector<std::string> validateTrack(const std::string& text, const std::vecto
                 crossed = true;
                 break;
             }
+    return crossed;
+}
 
-    // Roughly centred, for the menu's turntable.
+// Roughly centred, for the menu's turntable.
+void checkCentred(const Track& t, Problems& problems) {
+    const unsigned n = (unsigned)t.left.size();
     float minX = 1e9f, maxX = -1e9f, minZ = 1e9f, maxZ = -1e9f;
     for (unsigned i = 0; i < n; i++)
         for (const Point& p : {t.left[i], t.right[i]}) {
@@ -492,23 +504,22 @@ std::vector<std::string> validateTrack(const std::string& text, const std::vecto
         problems.push_back(format("the circuit's middle %s is not near the origin, so the menu's turntable swings it "
                                   "out of view",
                                   where(centre).c_str()));
+}
 
-    // Pair 0 sits just past the finish line, across the start straight.
+// Pair 0 sits just past the finish line, across the start straight.
+void checkPairZero(const Track& t, Problems& problems) {
     const Point& L0 = t.left[0];
     const Point& R0 = t.right[0];
     if (!(L0.x < kFinishX && kFinishX < R0.x && L0.z <= kFinishZ && R0.z <= kFinishZ && L0.z >= kFinishZ - 8 &&
           R0.z >= kFinishZ - 8))
         problems.push_back(format("pair 0 %s-%s is not across the start straight just past the finish line at z %.1f",
                                   where(L0).c_str(), where(R0).c_str(), kFinishZ));
+}
 
-    // A self-crossing barrier makes "between the barriers" meaningless; stop here.
-    if (crossed) return problems;
-
-    // The dirt and grass outside the barriers stay off the road.
-    for (const std::string& s : roadsideOnRoad(t)) problems.push_back(s);
-
-    // The grid: every kart on the road with room to spare, and each counts its
-    // first lap when it drives off straight ahead.
+// The grid: every kart on the road with room to spare, and each counts its
+// first lap when it drives off straight ahead.
+void checkGrid(const Track& t, Problems& problems) {
+    const unsigned n = (unsigned)t.left.size();
     for (int id = 0; id < kGridKarts; id++) {
         float px, pz;
         gridPlace(id, &px, &pz);
@@ -547,8 +558,10 @@ std::vector<std::string> validateTrack(const std::string& text, const std::vecto
         else if (state.lap != 1 || state.latched)
             problems.push_back(format("kart %d of the starting grid does not count its first lap", id));
     }
+}
 
-    // Every lap driven on each of the three lines the karts drive counts.
+// Every lap driven on each of the three lines the karts drive counts.
+void checkLaps(const Track& t, Problems& problems) {
     for (float line : {0.25f, 0.5f, 0.75f}) {
         LineRun run = driveLine(t, line, 3);
         for (const std::string& s : run.skips) problems.push_back(s);
@@ -559,9 +572,11 @@ std::vector<std::string> validateTrack(const std::string& text, const std::vecto
             problems.push_back(format("laps are counted at %s, not at the finish line (%.2f, %.2f)",
                                       where(run.lapCountedAt).c_str(), kFinishX, kFinishZ));
     }
+}
 
-    // Roadside objects and camera stands stand off the road and clear of the
-    // barriers; boards need pictures to show.
+// Roadside objects stand off the road, clear of the barriers and out from
+// under the gantry; boards need pictures to show.
+void checkObjects(const Track& t, const std::vector<std::string>& adPictures, Problems& problems) {
     for (size_t i = 0; i < t.objects.size(); i++) {
         const Object& o = t.objects[i];
         if (o.type < 0 || o.type >= kObjectTypes) {
@@ -583,6 +598,10 @@ std::vector<std::string> validateTrack(const std::string& text, const std::vecto
         if (std::fabs(o.at.z - kFinishZ) < 1.5f && std::fabs(o.at.x - kFinishX) < 6.0f)
             problems.push_back(format("object %zu (%s) stands under the finish gantry", i, objectTypeName(o.type)));
     }
+}
+
+// Every TV camera off the road, clear of the barrier and with a clear view.
+void checkCameras(const Track& t, Problems& problems) {
     for (size_t i = 0; i < t.cameras.size(); i++) {
         const Point& c = t.cameras[i];
         if (onRoad(t, c))
@@ -599,8 +618,11 @@ std::vector<std::string> validateTrack(const std::string& text, const std::vecto
                                           objectTypeName(t.objects[j].type), i, where(c).c_str()));
         }
     }
-    // Nothing stands inside anything else: the scenery and the camera stands
-    // keep a little space between them.
+}
+
+// Nothing stands inside anything else: the scenery and the camera stands
+// keep a little space between them.
+void checkSpacing(const Track& t, Problems& problems) {
     std::vector<std::pair<Point, std::string>> things;
     for (size_t i = 0; i < t.objects.size(); i++)
         things.push_back({t.objects[i].at, format("object %zu (%s)", i, objectTypeName(t.objects[i].type))});
@@ -610,7 +632,11 @@ std::vector<std::string> validateTrack(const std::string& text, const std::vecto
             if (std::hypot(things[i].first.x - things[j].first.x, things[i].first.z - things[j].first.z) < kMinSpacing)
                 problems.push_back(format("%s and %s stand in each other at %s", things[i].second.c_str(),
                                           things[j].second.c_str(), where(things[i].first).c_str()));
+}
 
+// Every part of the road has a TV camera near enough to film it.
+void checkCameraCoverage(const Track& t, Problems& problems) {
+    const unsigned n = (unsigned)t.left.size();
     for (unsigned i = 0; i < n && !t.cameras.empty(); i++) {
         Point mid{(t.left[i].x + t.right[i].x) / 2, (t.left[i].z + t.right[i].z) / 2};
         double best = 1e9;
@@ -620,5 +646,30 @@ std::vector<std::string> validateTrack(const std::string& text, const std::vecto
             break;
         }
     }
+}
+
+}  // namespace
+
+std::vector<std::string> validateTrack(const std::string& text, const std::vector<std::string>& adPictures) {
+    std::vector<std::string> problems;
+    Track t;
+    if (!parseTrack(text, &t, &problems)) return problems;
+    checkHeader(t, problems);
+    checkSizes(t, problems);
+    if (t.left.size() < 4) return problems;
+    checkBarrierPoints(t, problems);
+    bool crossed = checkCrossings(t, problems);
+    checkCentred(t, problems);
+    checkPairZero(t, problems);
+    // A self-crossing barrier makes "between the barriers" meaningless; stop here.
+    if (crossed) return problems;
+    // The dirt and grass outside the barriers stay off the road.
+    for (const std::string& s : roadsideOnRoad(t)) problems.push_back(s);
+    checkGrid(t, problems);
+    checkLaps(t, problems);
+    checkObjects(t, adPictures, problems);
+    checkCameras(t, problems);
+    checkSpacing(t, problems);
+    checkCameraCoverage(t, problems);
     return problems;
 }
