@@ -343,6 +343,239 @@ unsigned long hashText(const std::string& s) {
     return h;
 }
 
+// Pairs: every control point, and even subdivisions of each span.
+std::vector<double> pairStations(const CentreLine& centre) {
+    std::vector<double> stations;
+    for (size_t i = 0; i < centre.spans(); i++) {
+        double s0 = centre.spanStart(i), len = centre.spanLength(i);
+        int k = std::max({1, (int)std::ceil(len / kMaxSpacing - 1e-6),
+                          (int)std::ceil(centre.turn(s0, s0 + len) / kMaxTurn - 1e-6)});
+        // Round a tight corner the inner barrier is much shorter than the
+        // middle of the road. Points crowded there would each be the nearest
+        // to a kart for less than a frame's travel, and the kart would miss
+        // them: the corner is drawn a little coarser instead.
+        k = std::max(1, std::min(k, (int)std::floor(centre.innerLength(s0, s0 + len) / kMinBarrierGap)));
+        for (int j = 0; j < k; j++) stations.push_back(s0 + len * j / k);
+    }
+    return stations;
+}
+
+// The barrier pairs at the stations, as "LR" records on the file grid, and
+// the barrier lines as the game will see them.
+bool writePairs(const CentreLine& centre, const std::vector<double>& stations, std::ostream& file, Barriers* barriers,
+                std::string* error) {
+    for (size_t i = 0; i < stations.size(); i++) {
+        double s = stations[i];
+        V2 c = centre.position(s), l = centre.leftward(s);
+        double half = centre.width(s) / 2;
+        int v[4] = {fileValue(c.x + l.x * half), fileValue(c.z + l.z * half), fileValue(c.x - l.x * half),
+                    fileValue(c.z - l.z * half)};
+        for (int x : v)
+            if (x < 0 || x > 512) {
+                char at[64];
+                std::snprintf(at, sizeof at, " (%.2f, %.2f)", c.x, c.z);
+                *error = "pair " + std::to_string(i) + at + " falls off the ground grid";
+                return false;
+            }
+        file << "LR " << v[0] << " " << v[1] << " " << v[2] << " " << v[3] << "\n";
+        barriers->left.push_back({worldValue(v[0]), worldValue(v[1])});
+        barriers->right.push_back({worldValue(v[2]), worldValue(v[3])});
+    }
+    return true;
+}
+
+// The scenery of a source, placed along its centre line. Positions are worked
+// out in world units and then put on the file grid, and checked there, where
+// the game will see them.
+struct Scenery {
+    Builder& b;
+    const CentreLine& centre;
+    const Barriers& barriers;
+    std::string* error;
+    std::ostringstream cameras, objects;
+    unsigned nCameras = 0, nObjects = 0;
+    std::vector<std::pair<V2, int>> placed;
+    // Scenery may not stand close in front of a TV camera, between it and
+    // the barrier: the trackside view looks out of the camera at the road.
+    // The cameras are placed first so that the scenery can keep clear of them.
+    std::vector<V2> cameraAt;
+
+    // The statement being placed, for its messages, and its numbers.
+    const Decoration* d = nullptr;
+    std::vector<double> num;
+
+    Scenery(Builder& b, const CentreLine& centre, const Barriers& barriers, std::string* error)
+        : b(b), centre(centre), barriers(barriers), error(error) {}
+
+    static V2 snap(V2 p) { return V2{worldValue(fileValue(p.x)), worldValue(fileValue(p.z))}; }
+
+    bool clear(V2 p, int type) const {
+        if (fileValue(p.x) < 0 || fileValue(p.x) > 512 || fileValue(p.z) < 0 || fileValue(p.z) > 512) return false;
+        p = snap(p);
+        return !barriers.onRoad(p) && barriers.clearance(p) >= trackcheck::objectRoom(type) + 0.05;
+    }
+    V2 beside(double s, double sign, double offset) const {
+        return centre.position(s) + centre.leftward(s) * (sign * (centre.width(s) / 2 + offset));
+    }
+    bool blocksACamera(V2 p) const {
+        p = snap(p);
+        for (V2 c : cameraAt)
+            if (length(c - p) < trackcheck::kCameraClearView && barriers.clearance(p) < barriers.clearance(c)) return true;
+        return false;
+    }
+    void emit(V2 p, int type) {
+        if (type < 0) {
+            cameras << "C " << fileValue(p.x) << " " << fileValue(p.z) << "\n";
+            nCameras++;
+            placed.push_back({snap(p), type});
+        } else {
+            objects << "O " << type << " " << fileValue(p.x) << " " << fileValue(p.z) << "\n";
+            nObjects++;
+            placed.push_back({snap(p), type});
+        }
+    }
+
+    bool fail(const std::string& what) {
+        *error = "line " + std::to_string(d->line) + ": " + what;
+        return false;
+    }
+    bool need(size_t count, const char* usage) {
+        if (d->args.size() != count) return fail(d->kind + " takes " + usage);
+        return true;
+    }
+    bool numbers(std::initializer_list<size_t> at) {
+        num.clear();
+        for (size_t i : at) {
+            double v;
+            if (!parseNumber(d->args[i], &v)) return fail("bad number " + d->args[i]);
+            num.push_back(v);
+        }
+        return true;
+    }
+    bool report() {
+        if (!b.error.empty()) *error = b.error;
+        return false;
+    }
+
+    // The cameras first, then everything else in the order written.
+    bool placeAll() {
+        std::vector<const Decoration*> order;
+        for (const Decoration& dec : b.decorations)
+            if (dec.kind == "camera") order.push_back(&dec);
+        for (const Decoration& dec : b.decorations)
+            if (dec.kind != "camera") order.push_back(&dec);
+        for (const Decoration* dp : order) {
+            d = dp;
+            bool ok = d->kind == "camera" ? camera()
+                      : d->kind == "object" ? object()
+                      : d->kind == "row"    ? row()
+                      : d->kind == "group"  ? group()
+                                            : at();
+            if (!ok) return false;
+        }
+        return true;
+    }
+
+    bool camera() {
+        const std::vector<std::string>& a = d->args;
+        double s = 0, sign = 0;
+        if (!need(3, "a place, a side and an offset") || !b.place(centre, d->line, a[0], &s) ||
+            !b.side(d->line, a[1], &sign) || !numbers({2}))
+            return report();
+        V2 p = beside(s, sign, num[0]);
+        if (!clear(p, -1)) return fail("the camera stands on the road or against the barrier");
+        emit(p, -1);
+        cameraAt.push_back(snap(p));
+        return true;
+    }
+
+    bool object() {
+        const std::vector<std::string>& a = d->args;
+        int type = -1;
+        double s = 0, sign = 0;
+        if (!need(4, "a type, a place, a side and an offset") || !b.type(d->line, a[0], &type) ||
+            !b.place(centre, d->line, a[1], &s) || !b.side(d->line, a[2], &sign) || !numbers({3}))
+            return report();
+        V2 p = beside(s, sign, num[0]);
+        if (!clear(p, type)) return fail("the " + a[0] + " stands on the road or against the barrier");
+        if (blocksACamera(p)) return fail("the " + a[0] + " stands in front of a TV camera");
+        emit(p, type);
+        return true;
+    }
+
+    bool row() {
+        const std::vector<std::string>& a = d->args;
+        int type = -1;
+        double s = 0, s2 = 0, sign = 0;
+        if (!need(6, "a type, two places, a spacing, a side and an offset") || !b.type(d->line, a[0], &type) ||
+            !b.place(centre, d->line, a[1], &s) || !b.place(centre, d->line, a[2], &s2) ||
+            !b.side(d->line, a[4], &sign) || !numbers({3, 5}))
+            return report();
+        if (num[0] <= 0) return fail("the spacing of a row must be positive");
+        double span = centre.wrap(s2 - s);
+        for (double t = 0; t <= span + 1e-6; t += num[0]) {
+            V2 p = beside(s + t, sign, num[1]);
+            if (!clear(p, type)) return fail("a " + a[0] + " of the row stands on the road or against the barrier");
+            if (blocksACamera(p)) continue;  // a gap in the row for the camera's view
+            emit(p, type);
+        }
+        return true;
+    }
+
+    bool group() {
+        const std::vector<std::string>& a = d->args;
+        int type = -1;
+        double s = 0, sign = 0;
+        if (!need(6, "a type, a place, a side, an offset, a count and a spread") || !b.type(d->line, a[0], &type) ||
+            !b.place(centre, d->line, a[1], &s) || !b.side(d->line, a[2], &sign) || !numbers({3, 4, 5}))
+            return report();
+        V2 spot = beside(s, sign, num[0]);
+        int want = (int)num[1], got = 0;
+        Scatter rnd(hashText(b.name) + (unsigned long)d->line);
+        for (int attempt = 0; attempt < want * 30 && got < want; attempt++) {
+            double a0 = rnd.next() * 2 * kPi, r = num[2] * std::sqrt(rnd.next());
+            V2 p = spot + V2{std::cos(a0) * r, std::sin(a0) * r};
+            bool crowded = false;
+            for (const auto& other : placed)
+                if (length(other.first - snap(p)) < 0.9) crowded = true;
+            if (crowded || !clear(p, type) || blocksACamera(p)) continue;
+            emit(p, type);
+            got++;
+        }
+        if (got == 0) return fail("no room for any of the group");
+        return true;
+    }
+
+    bool at() {
+        const std::vector<std::string>& a = d->args;
+        int type = -1;
+        if (!need(3, "a type, x and z") || !b.type(d->line, a[0], &type) || !numbers({1, 2})) return report();
+        V2 p{num[0], num[1]};
+        if (!clear(p, type)) return fail("the " + a[0] + " stands on the road or against the barrier");
+        if (blocksACamera(p)) return fail("the " + a[0] + " stands in front of a TV camera");
+        emit(p, type);
+        return true;
+    }
+};
+
+// The game lays dirt and grass outside both barriers; on a tight hairpin or
+// where two stretches run close, that ground must not reach the road of the
+// other stretch, or it paints over it.
+bool roadsideOffTheRoad(const std::string& fileText, std::string* error) {
+    trackcheck::Track laid;
+    std::vector<std::string> unread;
+    if (!trackcheck::parseTrack(fileText, &laid, &unread) && !unread.empty()) {
+        *error = unread[0];
+        return false;
+    }
+    std::vector<std::string> overRoad = trackcheck::roadsideOnRoad(laid);
+    if (!overRoad.empty()) {
+        *error = overRoad[0] + ": the stretches are too close together";
+        return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 bool buildTrack(const std::string& sourceText, const std::string& fallbackName, TrackBuild* out, std::string* error) {
@@ -358,190 +591,23 @@ bool buildTrack(const std::string& sourceText, const std::string& fallbackName, 
     }
 
     CentreLine centre(b.controls);
-
-    // Pairs: every control point, and even subdivisions of each span.
-    std::vector<double> stations;
-    for (size_t i = 0; i < centre.spans(); i++) {
-        double s0 = centre.spanStart(i), len = centre.spanLength(i);
-        int k = std::max({1, (int)std::ceil(len / kMaxSpacing - 1e-6),
-                          (int)std::ceil(centre.turn(s0, s0 + len) / kMaxTurn - 1e-6)});
-        // Round a tight corner the inner barrier is much shorter than the
-        // middle of the road. Points crowded there would each be the nearest
-        // to a kart for less than a frame's travel, and the kart would miss
-        // them: the corner is drawn a little coarser instead.
-        k = std::max(1, std::min(k, (int)std::floor(centre.innerLength(s0, s0 + len) / kMinBarrierGap)));
-        for (int j = 0; j < k; j++) stations.push_back(s0 + len * j / k);
-    }
-
+    std::vector<double> stations = pairStations(centre);
     std::ostringstream file;
     file << b.ground << " 0\n" << b.fog << "\n";
     Barriers barriers;
-    for (size_t i = 0; i < stations.size(); i++) {
-        double s = stations[i];
-        V2 c = centre.position(s), l = centre.leftward(s);
-        double half = centre.width(s) / 2;
-        int v[4] = {fileValue(c.x + l.x * half), fileValue(c.z + l.z * half), fileValue(c.x - l.x * half),
-                    fileValue(c.z - l.z * half)};
-        for (int x : v)
-            if (x < 0 || x > 512) {
-                char at[64];
-                std::snprintf(at, sizeof at, " (%.2f, %.2f)", c.x, c.z);
-                *error = "pair " + std::to_string(i) + at + " falls off the ground grid";
-                return false;
-            }
-        file << "LR " << v[0] << " " << v[1] << " " << v[2] << " " << v[3] << "\n";
-        barriers.left.push_back({worldValue(v[0]), worldValue(v[1])});
-        barriers.right.push_back({worldValue(v[2]), worldValue(v[3])});
-    }
-
-    // Scenery. Positions are worked out in world units and then put on the
-    // file grid, and checked there, where the game will see them.
-    std::ostringstream cameras, objects;
-    unsigned nCameras = 0, nObjects = 0;
-    std::vector<std::pair<V2, int>> placed;
-    auto snap = [](V2 p) { return V2{worldValue(fileValue(p.x)), worldValue(fileValue(p.z))}; };
-    auto clear = [&](V2 p, int type) {
-        if (fileValue(p.x) < 0 || fileValue(p.x) > 512 || fileValue(p.z) < 0 || fileValue(p.z) > 512) return false;
-        p = snap(p);
-        return !barriers.onRoad(p) && barriers.clearance(p) >= trackcheck::objectRoom(type) + 0.05;
-    };
-    auto beside = [&](double s, double sign, double offset) {
-        return centre.position(s) + centre.leftward(s) * (sign * (centre.width(s) / 2 + offset));
-    };
-    // Scenery may not stand close in front of a TV camera, between it and
-    // the barrier: the trackside view looks out of the camera at the road.
-    // The cameras are placed first so that the scenery can keep clear of them.
-    std::vector<V2> cameraAt;
-    auto blocksACamera = [&](V2 p) {
-        p = snap(p);
-        for (V2 c : cameraAt)
-            if (length(c - p) < trackcheck::kCameraClearView && barriers.clearance(p) < barriers.clearance(c)) return true;
-        return false;
-    };
-    auto emit = [&](V2 p, int type) {
-        if (type < 0) {
-            cameras << "C " << fileValue(p.x) << " " << fileValue(p.z) << "\n";
-            nCameras++;
-            placed.push_back({snap(p), type});
-        } else {
-            objects << "O " << type << " " << fileValue(p.x) << " " << fileValue(p.z) << "\n";
-            nObjects++;
-            placed.push_back({snap(p), type});
-        }
-    };
-
-    std::vector<const Decoration*> order;
-    for (const Decoration& d : b.decorations)
-        if (d.kind == "camera") order.push_back(&d);
-    for (const Decoration& d : b.decorations)
-        if (d.kind != "camera") order.push_back(&d);
-    for (const Decoration* dp : order) {
-        const Decoration& d = *dp;
-        const std::vector<std::string>& a = d.args;
-        auto fail = [&](const std::string& what) {
-            *error = "line " + std::to_string(d.line) + ": " + what;
-            return false;
-        };
-        auto need = [&](size_t count, const char* usage) {
-            if (a.size() != count) return fail(d.kind + " takes " + usage);
-            return true;
-        };
-        std::vector<double> num;
-        auto numbers = [&](std::initializer_list<size_t> at) {
-            num.clear();
-            for (size_t i : at) {
-                double v;
-                if (!parseNumber(a[i], &v)) return fail("bad number " + a[i]);
-                num.push_back(v);
-            }
-            return true;
-        };
-        auto report = [&]() {
-            if (!b.error.empty()) *error = b.error;
-            return false;
-        };
-        int type = -1;
-        double s = 0, s2 = 0, sign = 0;
-        if (d.kind == "camera") {
-            if (!need(3, "a place, a side and an offset") || !b.place(centre, d.line, a[0], &s) ||
-                !b.side(d.line, a[1], &sign) || !numbers({2}))
-                return report();
-            V2 p = beside(s, sign, num[0]);
-            if (!clear(p, -1)) return fail("the camera stands on the road or against the barrier");
-            emit(p, -1);
-            cameraAt.push_back(snap(p));
-        } else if (d.kind == "object") {
-            if (!need(4, "a type, a place, a side and an offset") || !b.type(d.line, a[0], &type) ||
-                !b.place(centre, d.line, a[1], &s) || !b.side(d.line, a[2], &sign) || !numbers({3}))
-                return report();
-            V2 p = beside(s, sign, num[0]);
-            if (!clear(p, type)) return fail("the " + a[0] + " stands on the road or against the barrier");
-            if (blocksACamera(p)) return fail("the " + a[0] + " stands in front of a TV camera");
-            emit(p, type);
-        } else if (d.kind == "row") {
-            if (!need(6, "a type, two places, a spacing, a side and an offset") || !b.type(d.line, a[0], &type) ||
-                !b.place(centre, d.line, a[1], &s) || !b.place(centre, d.line, a[2], &s2) ||
-                !b.side(d.line, a[4], &sign) || !numbers({3, 5}))
-                return report();
-            if (num[0] <= 0) return fail("the spacing of a row must be positive");
-            double span = centre.wrap(s2 - s);
-            for (double t = 0; t <= span + 1e-6; t += num[0]) {
-                V2 p = beside(s + t, sign, num[1]);
-                if (!clear(p, type)) return fail("a " + a[0] + " of the row stands on the road or against the barrier");
-                if (blocksACamera(p)) continue;  // a gap in the row for the camera's view
-                emit(p, type);
-            }
-        } else if (d.kind == "group") {
-            if (!need(6, "a type, a place, a side, an offset, a count and a spread") || !b.type(d.line, a[0], &type) ||
-                !b.place(centre, d.line, a[1], &s) || !b.side(d.line, a[2], &sign) || !numbers({3, 4, 5}))
-                return report();
-            V2 spot = beside(s, sign, num[0]);
-            int want = (int)num[1], got = 0;
-            Scatter rnd(hashText(b.name) + (unsigned long)d.line);
-            for (int attempt = 0; attempt < want * 30 && got < want; attempt++) {
-                double a0 = rnd.next() * 2 * kPi, r = num[2] * std::sqrt(rnd.next());
-                V2 p = spot + V2{std::cos(a0) * r, std::sin(a0) * r};
-                bool crowded = false;
-                for (const auto& other : placed)
-                    if (length(other.first - snap(p)) < 0.9) crowded = true;
-                if (crowded || !clear(p, type) || blocksACamera(p)) continue;
-                emit(p, type);
-                got++;
-            }
-            if (got == 0) return fail("no room for any of the group");
-        } else if (d.kind == "at") {
-            if (!need(3, "a type, x and z") || !b.type(d.line, a[0], &type) || !numbers({1, 2}))
-                return report();
-            V2 p{num[0], num[1]};
-            if (!clear(p, type)) return fail("the " + a[0] + " stands on the road or against the barrier");
-            if (blocksACamera(p)) return fail("the " + a[0] + " stands in front of a TV camera");
-            emit(p, type);
-        }
-    }
-    file << cameras.str() << objects.str();
-
-    // The game lays dirt and grass outside both barriers; on a tight hairpin
-    // or where two stretches run close, that ground must not reach the road
-    // of the other stretch, or it paints over it.
-    trackcheck::Track laid;
-    std::vector<std::string> unread;
-    if (!trackcheck::parseTrack(file.str(), &laid, &unread) && !unread.empty()) {
-        *error = unread[0];
-        return false;
-    }
-    std::vector<std::string> overRoad = trackcheck::roadsideOnRoad(laid);
-    if (!overRoad.empty()) {
-        *error = overRoad[0] + ": the stretches are too close together";
-        return false;
-    }
+    if (!writePairs(centre, stations, file, &barriers, error)) return false;
+    Scenery scenery(b, centre, barriers, error);
+    if (!scenery.placeAll()) return false;
+    file << scenery.cameras.str() << scenery.objects.str();
+    if (!roadsideOffTheRoad(file.str(), error)) return false;
 
     out->name = b.name;
     out->about = b.about;
     out->fileText = file.str();
     out->length = (float)centre.total();
     out->pairs = (unsigned)stations.size();
-    out->cameras = nCameras;
-    out->objects = nObjects;
+    out->cameras = scenery.nCameras;
+    out->objects = scenery.nObjects;
     return true;
 }
 
