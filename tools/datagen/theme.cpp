@@ -4,13 +4,22 @@
 
 namespace gen {
 
-Canvas valleyScene(int w, int h, unsigned seed) {
-    Canvas c(w, h);
-    const float sy = h / 768.0f, sxk = w / 1024.0f;
+namespace {
+
+// The picture's scale against the 1024 x 768 it was drawn for.
+struct Frame {
+    int w, h;
+    unsigned seed;
+    float sy, sxk;
+    Frame(int w, int h, unsigned seed) : w(w), h(h), seed(seed), sy(h / 768.0f), sxk(w / 1024.0f) {}
+};
+
+// Night blue overhead to a warm haze at the horizon, a low sun, thin clouds.
+void valleySky(Canvas& c, const Frame& f) {
+    const unsigned seed = f.seed;
+    const float sy = f.sy, sxk = f.sxk;
     const float horizon = 430 * sy;
     const float sunx = (620 + (seed % 5) * 60) * sxk, suny = 330 * sy;
-
-    // Sky: night blue overhead to a warm haze at the horizon, a low sun, thin clouds.
     c.fillWith([&](float x, float y) {
         float t = clamp01(y / horizon);
         Color sky = t < 0.55f ? mix(rgb(0x141d45), rgb(0x3f4f8e), t / 0.55f)
@@ -24,8 +33,12 @@ Canvas valleyScene(int w, int h, unsigned seed) {
         return sky;
     });
     c.circle(sunx, suny, 34 * sxk, rgb(0xfff1c8, 0.9f));
+}
 
-    // Three ranges of hills, far ones hazy and blue, near ones green.
+// Three ranges of hills, far ones hazy and blue, near ones green.
+void valleyHills(Canvas& c, const Frame& f) {
+    const unsigned seed = f.seed;
+    const float sy = f.sy, sxk = f.sxk;
     struct Range {
         float base, amp, scale;
         Color top, bottom;
@@ -48,8 +61,13 @@ Canvas valleyScene(int w, int h, unsigned seed) {
             return withAlpha(col, k);
         });
     }
+}
 
-    // Cypresses along the nearest ridge.
+// Cypresses along the nearest ridge.
+void valleyCypresses(Canvas& c, const Frame& f) {
+    const int w = f.w;
+    const unsigned seed = f.seed;
+    const float sy = f.sy, sxk = f.sxk;
     Rng rng(seed + 40);
     for (int i = 0; i < 14; i++) {
         float x = rng.range(0, (float)w), hgt = rng.range(40, 85) * sy, wid = hgt * 0.16f;
@@ -63,8 +81,12 @@ Canvas valleyScene(int w, int h, unsigned seed) {
             return withAlpha(scaled(rgb(0x1f3b22), shade), k);
         });
     }
+}
 
-    // The foreground meadow and the circuit winding across it, with kerbs.
+// The foreground meadow.
+void valleyMeadow(Canvas& c, const Frame& f) {
+    const unsigned seed = f.seed;
+    const float sy = f.sy, sxk = f.sxk;
     const float ground = 540 * sy;
     c.paintAll([&](float x, float y) {
         float k = cover(ground + 12 * sy * std::sin(x / (170 * sxk)) - y);
@@ -73,6 +95,12 @@ Canvas valleyScene(int w, int h, unsigned seed) {
         Color grass = mix(rgb(0x4e8a34), rgb(0x2f5e25), clamp01((y - ground) / (220 * sy)));
         return withAlpha(scaled(grass, 0.8f + 0.35f * n), k);
     });
+}
+
+// The circuit winding across the meadow, with kerbs.
+void valleyRoad(Canvas& c, const Frame& f) {
+    const unsigned seed = f.seed;
+    const float sy = f.sy, sxk = f.sxk;
     auto roadCentre = [&](float x) {
         return (640 + 55 * std::sin(x / (190 * sxk) + 0.8f + seed % 3) + 20 * std::sin(x / (73 * sxk))) * sy;
     };
@@ -92,12 +120,27 @@ Canvas valleyScene(int w, int h, unsigned seed) {
         if (d < 1.2f * sy && ((int)std::floor(along / 2)) % 2 == 0) asphalt = rgb(0xe8e4d8);
         return asphalt;
     });
+}
 
-    // Vignette.
+void valleyVignette(Canvas& c, const Frame& f) {
+    const int w = f.w, h = f.h;
     c.paintAll([&](float x, float y) {
         float dx = (x / w - 0.5f) * 2, dy = (y / h - 0.5f) * 2;
         return Color{0, 0, 0, 0.45f * smooth(0.6f, 1.6f, dx * dx + dy * dy)};
     });
+}
+
+}  // namespace
+
+Canvas valleyScene(int w, int h, unsigned seed) {
+    Canvas c(w, h);
+    const Frame f(w, h, seed);
+    valleySky(c, f);
+    valleyHills(c, f);
+    valleyCypresses(c, f);
+    valleyMeadow(c, f);
+    valleyRoad(c, f);
+    valleyVignette(c, f);
     return c;
 }
 
