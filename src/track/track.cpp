@@ -78,9 +78,18 @@ void shadowedPasses(float alpha, Draw draw) {
 
 }  // namespace
 
+// ---- the track list, the shared pictures and models, one track's file ----
+
 void sTrack::init(float scale) {
     trackscale = scale;
+    listTracks();
+    loadTextures();
+    loadAds();
+    loadModels();
+}
 
+// The tracks are the files in Data/Tracks; a name is what comes before the first dot.
+void sTrack::listTracks() {
     ntracks = 0;
     if (DIR* dir = opendir("Data/Tracks/.")) {
         while (dirent* entry = readdir(dir)) {
@@ -104,7 +113,9 @@ void sTrack::init(float scale) {
     // Nothing to race on: the game still runs, but the log says why a race would be empty.
     if (ntracks == 0) report("Listing tracks : no tracks in Data/Tracks");
     if (config.track >= ntracks) config.track = 0;
+}
 
+void sTrack::loadTextures() {
     char name[64];
     for (unsigned int i = 0; i < N_DIRTS; i++) {
         snprintf(name, sizeof name, "Data/Textures/Tdirt%u.tga", i + 1);
@@ -131,7 +142,10 @@ void sTrack::init(float scale) {
     config.texturefilter = filter;
     floadTextureTGA("Data/Textures/Pole.tga", &poleTexture);
     floadTextureTGA("Data/Textures/Finish.tga", &finishTexture);
+}
 
+// Every picture in Data/Ads is an advertisement for the boards.
+void sTrack::loadAds() {
     nAds = 0;
     if (DIR* dir = opendir("Data/Ads/.")) {
         while (dirent* entry = readdir(dir)) {
@@ -146,7 +160,9 @@ void sTrack::init(float scale) {
         }
         closedir(dir);
     }
+}
 
+void sTrack::loadModels() {
     struct Model {
         s3DS* model;
         const char* file;
@@ -204,6 +220,19 @@ void sTrack::load() {
 
 void sTrack::parse(FILE* f, const char* filename) {
     const std::string name = filename;
+    readHeader(f);
+    sDropped dropped;
+    readRecords(f, dropped);
+    blackbox.task("Loading track", true);
+    reportDropped(name, dropped);
+    buildGeometry();
+    barrier_width = 0.25f;
+    barrier_height = 0.25f;
+    for (unsigned int i = 0; i < TRACK_MAXPOINTS; i++) doCshadowmap[i] = false;
+}
+
+// Ground, road and fog, and no records yet.
+void sTrack::readHeader(FILE* f) {
     int dirt = 0, road = 0, fog = 0;
     if (fscanf(f, "%d%d", &dirt, &road) != 2) { /* what was read stays */ }
     if (fscanf(f, "%d", &fog) != 1) { /* likewise */ }
@@ -213,8 +242,11 @@ void sTrack::parse(FILE* f, const char* filename) {
     nLRpoints = 0;
     nCpoints = 0;
     nMiscobjects = 0;
+}
 
-    unsigned long extraLR = 0, extraC = 0, extraO = 0, badtypes = 0, noads = 0;
+// The LR, C and O records up to the end of the file, as far as the record
+// holds them; what does not fit or cannot be shown is counted in `dropped`.
+void sTrack::readRecords(FILE* f, sDropped& dropped) {
     // Widened before the grid centre is taken off: a damaged file may hold
     // numbers near the ends of int.
     auto world = [this](int v) { return (float)((long long)v - 256) * trackscale; };
@@ -228,7 +260,7 @@ void sTrack::parse(FILE* f, const char* filename) {
             if (fscanf(f, "%d%d", &lx, &lz) != 2) { /* a broken record keeps what it got */ }
             if (fscanf(f, "%d%d", &rx, &rz) != 2) { /* likewise */ }
             if (nLRpoints >= TRACK_MAXPOINTS) {
-                extraLR++;
+                dropped.extraLR++;
                 continue;
             }
             Lpoint[nLRpoints] = {world(lx), world(lz)};
@@ -238,7 +270,7 @@ void sTrack::parse(FILE* f, const char* filename) {
             int x = 256, z = 256;
             if (fscanf(f, "%d%d", &x, &z) != 2) { /* likewise */ }
             if (nCpoints >= TRACK_MAXPOINTS) {
-                extraC++;
+                dropped.extraC++;
                 continue;
             }
             Cpoint[nCpoints] = {world(x), world(z)};
@@ -248,16 +280,16 @@ void sTrack::parse(FILE* f, const char* filename) {
             if (fscanf(f, "%d", &type) != 1) { /* likewise */ }
             if (fscanf(f, "%d%d", &x, &z) != 2) { /* likewise */ }
             if (type < 0 || type >= (int)TRACK_NOBJECTTYPES) {
-                badtypes++;
+                dropped.badtypes++;
                 continue;
             }
             // A board with no advertisement to carry would have no texture to show.
             if (type == (int)TRACK_ADBOARD && nAds == 0) {
-                noads++;
+                dropped.noads++;
                 continue;
             }
             if (nMiscobjects >= TRACK_MAXOBJECTS) {
-                extraO++;
+                dropped.extraO++;
                 continue;
             }
             typeMiscobject[nMiscobjects] = (unsigned int)type;
@@ -266,8 +298,10 @@ void sTrack::parse(FILE* f, const char* filename) {
         }
         // Any other word is passed over on its own.
     }
-    blackbox.task("Loading track", true);
+}
 
+// Says in the log what the file asked for that the track cannot have.
+void sTrack::reportDropped(const std::string& name, const sDropped& dropped) {
     if (whichDirt >= N_DIRTS) {
         report("Loading track " + name + " : ground " + std::to_string(whichDirt) + " does not exist, 0 used");
         whichDirt = 0;
@@ -276,24 +310,21 @@ void sTrack::parse(FILE* f, const char* filename) {
         report("Loading track " + name + " : road " + std::to_string(whichRoad) + " does not exist, 0 used");
         whichRoad = 0;
     }
-    if (extraLR)
-        report("Loading track " + name + " : more than 999 barrier pairs, " + std::to_string(extraLR) + " ignored");
-    if (extraC)
-        report("Loading track " + name + " : more than 999 centre points, " + std::to_string(extraC) + " ignored");
-    if (extraO)
-        report("Loading track " + name + " : more than 256 objects, " + std::to_string(extraO) + " ignored");
-    if (badtypes)
-        report("Loading track " + name + " : " + std::to_string(badtypes) +
+    if (dropped.extraLR)
+        report("Loading track " + name + " : more than 999 barrier pairs, " + std::to_string(dropped.extraLR) + " ignored");
+    if (dropped.extraC)
+        report("Loading track " + name + " : more than 999 centre points, " + std::to_string(dropped.extraC) + " ignored");
+    if (dropped.extraO)
+        report("Loading track " + name + " : more than 256 objects, " + std::to_string(dropped.extraO) + " ignored");
+    if (dropped.badtypes)
+        report("Loading track " + name + " : " + std::to_string(dropped.badtypes) +
                " objects of unknown type (0 to 11) ignored");
-    if (noads)
-        report("Loading track " + name + " : " + std::to_string(noads) +
+    if (dropped.noads)
+        report("Loading track " + name + " : " + std::to_string(dropped.noads) +
                " advertising boards without advertisements ignored");
-
-    buildGeometry();
-    barrier_width = 0.25f;
-    barrier_height = 0.25f;
-    for (unsigned int i = 0; i < TRACK_MAXPOINTS; i++) doCshadowmap[i] = false;
 }
+
+// ---- geometry and the display lists ----
 
 void sTrack::buildGeometry() {
     const unsigned int n = nLRpoints;
@@ -587,6 +618,8 @@ void sTrack::buildFences() {
     glEndList();
 }
 
+// ---- barrier collision ----
+
 namespace {
 
 // Even-odd rule over the closed line through the points.
@@ -631,7 +664,7 @@ inline bool crosses(const sCheckSegment& k, const sTrackPoint& P, const sTrackPo
 }  // namespace
 
 bool sTrack::ontrack(float x, float z) const {
-    const unsigned int n = nLRpoints < TRACK_MAXPOINTS ? nLRpoints : TRACK_MAXPOINTS;
+    const unsigned int n = pairs();
     if (n < 3) return true;
     // One barrier runs round the other: a point between them is inside
     // exactly one of the two lines.
@@ -640,7 +673,7 @@ bool sTrack::ontrack(float x, float z) const {
 
 bool sTrack::check(float x1, float z1, float x2, float z2) {
     const sCheckSegment k(x1, z1, x2, z2);
-    const unsigned int n = nLRpoints < TRACK_MAXPOINTS ? nLRpoints : TRACK_MAXPOINTS;
+    const unsigned int n = pairs();
     for (unsigned int i = 0; i < n; i++) {
         unsigned int j = (i + 1) % n;
         if (crosses(k, Lpoint[i], Lpoint[j])) {
@@ -658,7 +691,7 @@ bool sTrack::check(float x1, float z1, float x2, float z2) {
 }
 
 bool sTrack::checkOutline(const float* x, const float* z, unsigned int corners, bool* hit) {
-    const unsigned int n = nLRpoints < TRACK_MAXPOINTS ? nLRpoints : TRACK_MAXPOINTS;
+    const unsigned int n = pairs();
     // The outline's span of x (a coordinate that is not a number takes no
     // part: an edge ending in one never crosses anything).
     float lo = INFINITY, hi = -INFINITY;
@@ -698,10 +731,12 @@ bool sTrack::checkOutline(const float* x, const float* z, unsigned int corners, 
     return any;
 }
 
+// ---- visibility, drawing and release ----
+
 void sTrack::isinview() {
-    const unsigned int nobjects = nMiscobjects < TRACK_MAXOBJECTS ? nMiscobjects : TRACK_MAXOBJECTS;
-    const unsigned int ncentre = nCpoints < TRACK_MAXPOINTS ? nCpoints : TRACK_MAXPOINTS;
-    const unsigned int n = nLRpoints < TRACK_MAXPOINTS ? nLRpoints : TRACK_MAXPOINTS;
+    const unsigned int nobjects = objects();
+    const unsigned int ncentre = centrePoints();
+    const unsigned int n = pairs();
     for (unsigned int i = 0; i < nobjects; i++) inviewMiscObject[i] = visible(miscobject[i].x, 0.5f, miscobject[i].z);
     for (unsigned int i = 0; i < ncentre; i++) inviewCpoint[i] = visible(Cpoint[i].x, 0.6f, Cpoint[i].z);
     // A barrier segment shows when either of its ends does.
@@ -867,8 +902,8 @@ void sTrack::free() {
         if (*t) freeTexture(t);
         *t = 0;
     }
-    unsigned int ads = nAds < TRACK_MAXADS ? nAds : TRACK_MAXADS;
-    for (unsigned int i = 0; i < ads; i++) {
+    const unsigned int nads = ads();
+    for (unsigned int i = 0; i < nads; i++) {
         if (adTexture[i]) freeTexture(&adTexture[i]);
         adTexture[i] = 0;
     }
@@ -880,12 +915,14 @@ void sTrack::free() {
     for (s3DS* m : models) m->free();
 }
 
+// ---- shadows ----
+
 void sTrack::castshadow() {
     if (!config.trackshadows) return;
     const float lx = LightPosition[0], ly = LightPosition[1], lz = LightPosition[2];
-    const unsigned int nobjects = nMiscobjects < TRACK_MAXOBJECTS ? nMiscobjects : TRACK_MAXOBJECTS;
-    const unsigned int ncentre = nCpoints < TRACK_MAXPOINTS ? nCpoints : TRACK_MAXPOINTS;
-    const unsigned int n = nLRpoints < TRACK_MAXPOINTS ? nLRpoints : TRACK_MAXPOINTS;
+    const unsigned int nobjects = objects();
+    const unsigned int ncentre = centrePoints();
+    const unsigned int n = pairs();
 
     if (config.shadows) {
         finish3DS.castshadow(0, lx, ly, lz, trackscale * 218, 0, 2.5f, 0, 0, 0, 3, 3, 3);
@@ -938,8 +975,8 @@ void sTrack::castshadow() {
 void sTrack::drawshadowmap() {
     if (!config.trackshadows) return;
     const float lx = LightPosition[0], ly = LightPosition[1], lz = LightPosition[2];
-    const unsigned int nobjects = nMiscobjects < TRACK_MAXOBJECTS ? nMiscobjects : TRACK_MAXOBJECTS;
-    const unsigned int ncentre = nCpoints < TRACK_MAXPOINTS ? nCpoints : TRACK_MAXPOINTS;
+    const unsigned int nobjects = objects();
+    const unsigned int ncentre = centrePoints();
 
     glDisable(GL_DEPTH_TEST);
     glEnable(GL_BLEND);

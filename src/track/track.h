@@ -6,6 +6,7 @@
 // geometry and display lists built from them, barrier collision, and drawing.
 
 #include <cstdio>
+#include <string>
 
 #include "assets/3ds.h"
 
@@ -96,7 +97,29 @@ struct sTrack {
     // Gives back what init and load made.
     void free();
 
+    // The counts as far as the record's arrays hold them (a damaged record
+    // may claim more): barrier pairs, centre points, roadside objects and
+    // advertising pictures.
+    unsigned int pairs() const { return bounded(nLRpoints, TRACK_MAXPOINTS); }
+    unsigned int centrePoints() const { return bounded(nCpoints, TRACK_MAXPOINTS); }
+    unsigned int objects() const { return bounded(nMiscobjects, TRACK_MAXOBJECTS); }
+    unsigned int ads() const { return bounded(nAds, TRACK_MAXADS); }
+
 private:
+    // What a track file asked for that the record cannot take.
+    struct sDropped {
+        unsigned long extraLR = 0, extraC = 0, extraO = 0, badtypes = 0, noads = 0;
+    };
+    static unsigned int bounded(unsigned int n, unsigned int most) { return n < most ? n : most; }
+    // init's four parts.
+    void listTracks();
+    void loadTextures();
+    void loadAds();
+    void loadModels();
+    // parse's reading parts.
+    void readHeader(FILE* f);
+    void readRecords(FILE* f, sDropped& dropped);
+    void reportDropped(const std::string& name, const sDropped& dropped);
     // Closing, separating, normals and texture coordinates; the lists are built from them.
     void buildGeometry();
     void buildGround();
