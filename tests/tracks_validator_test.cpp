@@ -382,3 +382,52 @@ TEST(TracksValidator, RejectsThingsStandingInEachOther) {
     EXPECT_TRUE(mentions(problems, "object 2 (barrel) and object 3 (barrel2) stand in each other at (5.50, 5.50)"))
         << all(problems);
 }
+
+namespace {
+
+// A stadium whose straights run along z, `infield` wide between the inner
+// (left) barriers, as a track file; the start straight at x > 0 runs to -z.
+std::string stadiumFile(float infield) {
+    const float w = 7, a = (infield + w) / 2, pi = 3.14159265f;
+    std::vector<std::pair<float, float>> centre, tangent;
+    for (int k = 0; k < 8; k++) centre.push_back({a, 14 - 4 * k}), tangent.push_back({0, -1});
+    for (int k = 0; k < 12; k++) {
+        float t = -pi * k / 12;
+        centre.push_back({a * std::cos(t), -14 + a * std::sin(t)});
+        tangent.push_back({std::sin(t), -std::cos(t)});
+    }
+    for (int k = 0; k < 8; k++) centre.push_back({-a, -14 + 4 * k}), tangent.push_back({0, 1});
+    for (int k = 0; k < 12; k++) {
+        float t = pi - pi * k / 12;
+        centre.push_back({a * std::cos(t), 14 + a * std::sin(t)});
+        tangent.push_back({std::sin(t), -std::cos(t)});
+    }
+    std::string text = "0 0 10\n";
+    auto file = [](float v) { return std::to_string((int)std::lround(v / 0.125f + 256)); };
+    for (size_t i = 0; i < centre.size(); i++) {
+        // The driver's left, facing along the tangent (tx, tz), is (tz, -tx).
+        float lx = tangent[i].second, lz = -tangent[i].first;
+        float cx = centre[i].first, cz = centre[i].second;
+        text += "LR " + file(cx + lx * w / 2) + " " + file(cz + lz * w / 2) + " " + file(cx - lx * w / 2) + " " +
+                file(cz - lz * w / 2) + "\n";
+    }
+    return text;
+}
+
+}  // namespace
+
+TEST(TracksValidator, RoadsideGrassReachingTheOtherStraightIsReported) {
+    // 4 between the straights' inner barriers: the 5-unit grass of each lies on the other.
+    std::vector<std::string> problems = validateTrack(stadiumFile(4), kAds);
+    EXPECT_TRUE(mentions(problems, "the grass beside the left barrier lies on the road")) << problems.size();
+    EXPECT_FALSE(mentions(problems, "beside the right barrier"));
+    // 8 between them: the grass ends on the infield.
+    problems = validateTrack(stadiumFile(8), kAds);
+    EXPECT_FALSE(mentions(problems, "grass beside"));
+    EXPECT_FALSE(mentions(problems, "dirt beside"));
+    Track t;
+    std::vector<std::string> unread;
+    ASSERT_TRUE(trackcheck::parseTrack(stadiumFile(8), &t, &unread));
+    EXPECT_TRUE(trackcheck::roadsideOnRoad(t).empty());
+}
+
