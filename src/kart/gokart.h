@@ -106,7 +106,11 @@ struct sGokart {
 
     void init(unsigned char ID);
     void move();
+    // After the move: the centre back on the circuit, and no point of the
+    // outline more than 0.10 past a barrier line.
     void staybehindbarriers();
+    void keepcentre();
+    void keepoutline();
     void colide();
     unsigned char colgokart(float x1, float z1, float x2, float z2);
     unsigned int getcheckpoint();
