@@ -22,6 +22,8 @@
 sGokartStaticData gokartstaticdata;
 sGokart gokart[GOKART_NKARTS];
 
+// ---- Constants, tables and small helpers ----
+
 namespace {
 
 const double DEG = 57.29577951;  // degrees per radian
@@ -114,6 +116,8 @@ unsigned int trackPoints() {
 
 }  // namespace
 
+// ---- What all karts share: models, textures, sounds, driving constants ----
+
 void sGokartStaticData::init() {
     chasiswidth = 1.24f;
     chasisfront = 1.364f;
@@ -194,6 +198,8 @@ void sGokartStaticData::free() {
     collission = engine = tire = nullptr;
 }
 
+// ---- A kart on the grid ----
+
 void sGokart::init(unsigned char id) {
     const sGokartStaticData& s = gokartstaticdata;
     ID = id;
@@ -251,6 +257,8 @@ void sGokart::init(unsigned char id) {
 
 void sGokart::free() {}
 
+// ---- Where a kart is on the circuit ----
+
 unsigned int sGokart::getcheckpoint() {
     const sGokartStaticData& s = gokartstaticdata;
     float step = ups / performance.fps;
@@ -275,6 +283,8 @@ unsigned int sGokart::getcheckpoint() {
     }
     return result;
 }
+
+// ---- Collisions between karts ----
 
 namespace {
 
@@ -452,6 +462,42 @@ static void emitslides(sGokart& k, float ay0) {
     }
 }
 
+void sGokart::drawslides() {
+    const unsigned int n = config.nslides;
+    const sSlide* rings[4] = {lfSlide, rfSlide, lrSlide, rrSlide};
+    glDisable(GL_DEPTH_TEST);
+    glEnable(GL_TEXTURE_2D);
+    glBindTexture(GL_TEXTURE_2D, gokartstaticdata.skidTexture);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    glBegin(GL_QUADS);
+    for (unsigned int i = 0; i < n; i++) {
+        // The slot being written holds only half a quad.
+        if (i == CURRENTslide) continue;
+        for (const sSlide* ring : rings) {
+            const sSlide& m = ring[i];
+            // Faded out at both ends (or never laid): blended at no opacity
+            // it would leave every pixel as it was, and most of the ring is
+            // like that for most of a race.
+            if (m.a[0] <= 0 && m.a[1] <= 0) continue;
+            glColor4f(1, 1, 1, m.a[0]);
+            glTexCoord2f(0, 0);
+            glVertex3f(m.x[0], 0, m.z[0]);
+            glTexCoord2f(1, 0);
+            glVertex3f(m.x[1], 0, m.z[1]);
+            glColor4f(1, 1, 1, m.a[1]);
+            glTexCoord2f(1, 1);
+            glVertex3f(m.x[2], 0, m.z[2]);
+            glTexCoord2f(0, 1);
+            glVertex3f(m.x[3], 0, m.z[3]);
+        }
+    }
+    glEnd();
+    glDisable(GL_BLEND);
+    glDisable(GL_TEXTURE_2D);
+    glEnable(GL_DEPTH_TEST);
+}
+
 // ---- Keeping to the circuit ----
 
 namespace {
@@ -600,16 +646,28 @@ void sGokart::keepoutline() {
     }
 }
 
+// ---- Driving: one move ----
+
 void sGokart::move() {
-    const sGokartStaticData& s = gokartstaticdata;
-    const float fps = performance.fps;
-    const float ups0 = ups;
-    const unsigned int n = trackPoints();
-
+    const float ups0 = ups, ay0 = ay;
     aidriver = ID >= config.nhumanplayers;
+    placeonroad(countlaps());
+    const float loudness = playengine();
+    steer();
+    pedal();
+    touchkarts(loudness);
+    touchbarriers(loudness);
+    const float step = ups / performance.fps;
+    turnandslide(step, ay0, loudness);
+    advance(step, ay0);
+    turnwheels(step);
+    wrapangles();
+    nodhead(ups0);
+}
 
-    // Laps. The first pass over the line starts lap 1 and its timer; the
-    // frame after a lap was counted closes the time of the lap just driven.
+// Laps. The first pass over the line starts lap 1 and its timer; the
+// frame after a lap was counted closes the time of the lap just driven.
+unsigned int sGokart::countlaps() {
     if (lap != 0) currentlaptime = (float)(bvclock() - lapstart) / BV_CLOCKS_PER_SEC;
     unsigned int c = getcheckpoint();
     if (c == (unsigned int)checkpoint + 1) {
@@ -628,45 +686,58 @@ void sGokart::move() {
             highscore.checkfornewrecord(ID);
         }
     }
-    if (!aidriver && n > 0) {
-        unsigned int next = (c + 1) % n;
-        float dL = distance2(track.Lpoint[c].x, track.Lpoint[c].z, px, pz) +
-                   distance2(track.Lpoint[next].x, track.Lpoint[next].z, px, pz);
-        float dR = distance2(track.Rpoint[c].x, track.Rpoint[c].z, px, pz) +
-                   distance2(track.Rpoint[next].x, track.Rpoint[next].z, px, pz);
-        if (dR > dL)
-            placement = 0.25f;
-        else if (dL > dR)
-            placement = 0.75f;
-        else
-            placement = 0.5f;
-    }
+    return c;
+}
 
-    // Engine: quieter with distance from the eye, higher with speed, and
-    // shifted by how fast the kart closes on the eye.
-    float k = 0;
-    if (config.soundeffects) {
-        k = 1.0f + 0.125f * distance(px, 0, pz, camera.px, camera.py, camera.pz);
-        float b = camera.pz > pz ? 180.0f : 0.0f;
-        float q = camera.ay - (b + (float)(DEG * atan((px - camera.px) / (pz - camera.pz))));
-        int pan = (int)(128 - 128 * sin(q / DEG));
-        float aheadx = px - (float)sin(may / DEG) * ups, aheadz = pz - (float)cos(may / DEG) * ups;
-        float D1 = distance(px, 0, pz, camera.ox, camera.oy, camera.oz);
-        float D2 = distance(aheadx, 0, aheadz, camera.px, camera.py, camera.pz);
-        int frequency = (int)(250 * (D1 - D2)) + (int)fabsf(2500 * ups) + 22000;
-        FSOUND_SetFrequency(CHANNEL_engine, frequency);
-        FSOUND_SetVolume(CHANNEL_engine, (int)(255 / k));
-        FSOUND_SetPan(CHANNEL_collission, pan);
-        FSOUND_SetPan(CHANNEL_engine, pan);
-        FSOUND_SetPan(CHANNEL_tire, pan);
-    }
+// A human driver's line across the road, from the barrier he is nearer.
+void sGokart::placeonroad(unsigned int c) {
+    const unsigned int n = trackPoints();
+    if (aidriver || n == 0) return;
+    unsigned int next = (c + 1) % n;
+    float dL = distance2(track.Lpoint[c].x, track.Lpoint[c].z, px, pz) +
+               distance2(track.Lpoint[next].x, track.Lpoint[next].z, px, pz);
+    float dR = distance2(track.Rpoint[c].x, track.Rpoint[c].z, px, pz) +
+               distance2(track.Rpoint[next].x, track.Rpoint[next].z, px, pz);
+    if (dR > dL)
+        placement = 0.25f;
+    else if (dL > dR)
+        placement = 0.75f;
+    else
+        placement = 0.5f;
+}
 
-    // Steering.
-    bool steered = !aidriver && ID == config.gokartfocus;
-    if (config.joysticksteering && steered) {
+// Engine: quieter with distance from the eye, higher with speed, and
+// shifted by how fast the kart closes on the eye.
+float sGokart::playengine() {
+    if (!config.soundeffects) return 0;
+    float k = 1.0f + 0.125f * distance(px, 0, pz, camera.px, camera.py, camera.pz);
+    float b = camera.pz > pz ? 180.0f : 0.0f;
+    float q = camera.ay - (b + (float)(DEG * atan((px - camera.px) / (pz - camera.pz))));
+    int pan = (int)(128 - 128 * sin(q / DEG));
+    float aheadx = px - (float)sin(may / DEG) * ups, aheadz = pz - (float)cos(may / DEG) * ups;
+    float D1 = distance(px, 0, pz, camera.ox, camera.oy, camera.oz);
+    float D2 = distance(aheadx, 0, aheadz, camera.px, camera.py, camera.pz);
+    int frequency = (int)(250 * (D1 - D2)) + (int)fabsf(2500 * ups) + 22000;
+    FSOUND_SetFrequency(CHANNEL_engine, frequency);
+    FSOUND_SetVolume(CHANNEL_engine, (int)(255 / k));
+    FSOUND_SetPan(CHANNEL_collission, pan);
+    FSOUND_SetPan(CHANNEL_engine, pan);
+    FSOUND_SetPan(CHANNEL_tire, pan);
+    return k;
+}
+
+// The joystick and the mouse, when they steer, steer the followed human kart.
+bool sGokart::followedhuman() const {
+    return !aidriver && ID == config.gokartfocus;
+}
+
+void sGokart::steer() {
+    const sGokartStaticData& s = gokartstaticdata;
+    const float fps = performance.fps;
+    if (config.joysticksteering && followedhuman()) {
         float target = -((float)joystick.x / 32000.0f - 1) * s.maxturn;
         sw_ay += (target - sw_ay) * 20 / fps;
-    } else if (config.mousesteering && steered) {
+    } else if (config.mousesteering && followedhuman()) {
         sw_ay -= (float)mouse.deltax * (float)config.mousesensitivity / 100;
         if (sw_ay > s.maxturn) sw_ay = s.maxturn;
         if (sw_ay < -s.maxturn) sw_ay = -s.maxturn;
@@ -681,9 +752,13 @@ void sGokart::move() {
             sw_ay += s.deturn / fps;
         if (fabsf(sw_ay) < s.deturn / fps) sw_ay = 0;
     }
+}
 
-    // Pedals and speed. There is no reverse gear: braking only ever slows.
-    if (config.joysticksteering && steered) {
+// Pedals and speed. There is no reverse gear: braking only ever slows.
+void sGokart::pedal() {
+    const sGokartStaticData& s = gokartstaticdata;
+    const float fps = performance.fps;
+    if (config.joysticksteering && followedhuman()) {
         float y = -((float)joystick.y / 32000.0f - 1) * 45;
         pedal_up += (y - pedal_up) * 20 / fps;
         if (pedal_up < 0) pedal_up = 0;
@@ -713,51 +788,54 @@ void sGokart::move() {
     if (!kUP && fabsf(ups) < 1.5f * s.resistance / fps) ups = 0;
     if (!kUP && pedal_up > 0) pedal_up -= 180 / fps;
     if (!kDOWN && pedal_down > 0) pedal_down -= 180 / fps;
+}
 
-    // Touching another kart sends this one straight away from it.
+// The collision sound, louder the faster the kart hits.
+void sGokart::playcollision(float loudness) {
+    const sGokartStaticData& s = gokartstaticdata;
+    if (FSOUND_IsPlaying(CHANNEL_collission)) FSOUND_StopSound(CHANNEL_collission);
+    CHANNEL_collission = FSOUND_PlaySound(FSOUND_FREE, s.collission);
+    FSOUND_SetVolume(CHANNEL_collission,
+                     clampVolume((int)(fabsf(ups + 10) * (255 / (s.topspeed + 10)) / loudness)));
+}
+
+// Touching another kart sends this one straight away from it.
+void sGokart::touchkarts(float loudness) {
     bool touched = false;
     for (bool hit : col) touched = touched || hit;
-    if (checkcol && touched && colg < GOKART_NKARTS) {
-        const sGokart& other = gokart[colg];
-        may = (float)(DEG * atan((other.px - px) / (other.pz - pz))) + (other.pz < pz ? 180.0f : 0.0f);
-        if (ups > 0.25f) ups /= 2;
-        if (col[4] && !col[0] && !col[1] && !col[7] && config.soundeffects) {
-            if (FSOUND_IsPlaying(CHANNEL_collission)) FSOUND_StopSound(CHANNEL_collission);
-            CHANNEL_collission = FSOUND_PlaySound(FSOUND_FREE, s.collission);
-            FSOUND_SetVolume(CHANNEL_collission,
-                             clampVolume((int)(fabsf(ups + 10) * (255 / (s.topspeed + 10)) / k)));
-        }
-    }
+    if (!checkcol || !touched || colg >= GOKART_NKARTS) return;
+    const sGokart& other = gokart[colg];
+    may = (float)(DEG * atan((other.px - px) / (other.pz - pz))) + (other.pz < pz ? 180.0f : 0.0f);
+    if (ups > 0.25f) ups /= 2;
+    if (col[4] && !col[0] && !col[1] && !col[7] && config.soundeffects) playcollision(loudness);
+}
 
-    // The barriers.
+void sGokart::touchbarriers(float loudness) {
+    const unsigned int n = trackPoints();
     bool walled = track.checkOutline(colx, colz, 8, col);
-    if (walled && n > 0) {
-        if (config.soundeffects) {
-            if (FSOUND_IsPlaying(CHANNEL_collission)) FSOUND_StopSound(CHANNEL_collission);
-            CHANNEL_collission = FSOUND_PlaySound(FSOUND_FREE, s.collission);
-            FSOUND_SetVolume(CHANNEL_collission,
-                             clampVolume((int)(fabsf(ups + 10) * (255 / (s.topspeed + 10)) / k)));
-        }
-        // Bounce off the wall: along its normal when the kart already points
-        // away from it, mirrored when it drives into it. 57.3 is how the wall
-        // angle has always been taken.
-        unsigned int i = track.lasthit < n ? track.lasthit : 0;
-        unsigned int j = (i + 1) % n;
-        const sTrackPoint* N = track.lasthitL ? track.LNpoint : track.RNpoint;
-        float nx = (N[i].x + N[j].x) / 2, nz = (N[i].z + N[j].z) / 2;
-        float w = 57.3f * (float)atan(nx / nz) + 180;
-        if (nz < 0) w += 180;
-        float d = wrap180(ay - w);
-        if (fabsf(d) >= 90)
-            may = w - d + 180;
-        else
-            may = w;
-    }
+    if (!walled || n == 0) return;
+    if (config.soundeffects) playcollision(loudness);
+    // Bounce off the wall: along its normal when the kart already points
+    // away from it, mirrored when it drives into it. 57.3 is how the wall
+    // angle has always been taken.
+    unsigned int i = track.lasthit < n ? track.lasthit : 0;
+    unsigned int j = (i + 1) % n;
+    const sTrackPoint* N = track.lasthitL ? track.LNpoint : track.RNpoint;
+    float nx = (N[i].x + N[j].x) / 2, nz = (N[i].z + N[j].z) / 2;
+    float w = 57.3f * (float)atan(nx / nz) + 180;
+    if (nz < 0) w += 180;
+    float d = wrap180(ay - w);
+    if (fabsf(d) >= 90)
+        may = w - d + 180;
+    else
+        may = w;
+}
 
-    // Heading, and the slide: the travel direction follows the heading with
-    // a lag, and a big lag brakes.
-    float step = ups / fps;
-    float ay0 = ay;
+// Heading, and the slide: the travel direction follows the heading with
+// a lag, and a big lag brakes.
+void sGokart::turnandslide(float step, float ay0, float loudness) {
+    const sGokartStaticData& s = gokartstaticdata;
+    const float fps = performance.fps;
     ay += sw_ay * step;
     float d = may - ay;
     if (d < -180 || d > 180) {
@@ -780,14 +858,17 @@ void sGokart::move() {
         newSlide = true;
     } else {
         if (config.soundeffects) {
-            int volume = clampVolume((int)(slidediff * 5.1f / k));
+            int volume = clampVolume((int)(slidediff * 5.1f / loudness));
             FSOUND_SetPaused(CHANNEL_tire, 0);
             if (!FSOUND_IsPlaying(CHANNEL_tire)) CHANNEL_tire = FSOUND_PlaySound(FSOUND_FREE, s.tire);
             FSOUND_SetVolume(CHANNEL_tire, volume);
         }
         if ((DELAYslide <= 0 || newSlide) && config.skidmarks) emitslides(*this, ay0);
     }
+}
 
+// Along the travel direction, then held on the circuit.
+void sGokart::advance(float step, float ay0) {
     opx = px;
     opz = pz;
     ocosay = (float)cos(ay0 / DEG);
@@ -796,10 +877,13 @@ void sGokart::move() {
     px -= (float)sin(may / DEG) * step;
     pz -= (float)cos(may / DEG) * step;
     staybehindbarriers();
+}
 
-    // Wheels, by Ackermann: the inner front wheel steers more than the outer.
-    // The right wheel's path takes (R + t)(R - t) where the left takes (R - t)^2;
-    // that is how the wheels have always turned.
+// Wheels, by Ackermann: the inner front wheel steers more than the outer.
+// The right wheel's path takes (R + t)(R - t) where the left takes (R - t)^2;
+// that is how the wheels have always turned.
+void sGokart::turnwheels(float step) {
+    const sGokartStaticData& s = gokartstaticdata;
     const float t = s.wheeltrack, wb = s.wheelbase;
     float R = sw_ay != 0 ? (float)((360 / sw_ay) / TWOPI) : 9999.0f;
     float CL = (float)(TWOPI * sqrt((R - t) * (R - t) + wb * wb));
@@ -821,15 +905,21 @@ void sGokart::move() {
     }
     lrw_ax += W * (float)(TWOPI * (R - t)) / C;
     rrw_ax += W * (float)(TWOPI * (R + t)) / C;
+}
 
+// One correction a frame brings the angles back into [-180, 180).
+void sGokart::wrapangles() {
     for (float* a : {&ay, &may, &lfw_ax, &rfw_ax, &lrw_ax, &rrw_ax}) {
         if (*a >= 180)
             *a -= 360;
         else if (*a < -180)
             *a += 360;
     }
+}
 
-    // The driver's head nods with the acceleration, a damped spring.
+// The driver's head nods with the acceleration, a damped spring.
+void sGokart::nodhead(float ups0) {
+    const float fps = performance.fps;
     head_axs += (ups - ups0) * 2000 / fps;
     head_axs -= head_axs * 20 / fps;
     head_axs -= head_ax * 20 / fps;
@@ -837,6 +927,8 @@ void sGokart::move() {
     if (head_ax > 5) head_ax = 5;
     if (head_ax < -5) head_ax = -5;
 }
+
+// ---- The computer driver ----
 
 void sGokart::think() {
     const sGokartStaticData& s = gokartstaticdata;
@@ -992,110 +1084,134 @@ void drawarm(s3DS* upper, s3DS* fore, float sx, float uay, float uax, float dpx,
     glPopMatrix();
 }
 
-}  // namespace
-
-void sGokart::draw() {
-    if (!inviewG) return;
-    const sGokartStaticData& s = gokartstaticdata;
-    sPartSet part = partset(inviewDist);
-    // The driver never sees his own helmet or the wheels behind him.
-    bool ownview = ID == config.gokartfocus && camera.mode == CAMERA_DRIVER;
-
-    glPushMatrix();
-    glTranslatef(px, s.wheelradius, pz);
-    glRotatef(ay, 0, 1, 0);
-
-    glColor3ub(R, G, B);
+// Plastic in the kart's colour, the body, and the feet on the pedals.
+void drawbody(const sGokart& k, const sPartSet& part) {
+    glColor3ub(k.R, k.G, k.B);
     part.plastic->drawlist();
     glColor3f(1, 1, 1);
     part.body->drawlist();
 
     glPushMatrix();
     glTranslatef(-0.15f, 0.05f, -1.12f);
-    glRotatef(-pedal_down / 1.25f - 25, 1, 0, 0);
+    glRotatef(-k.pedal_down / 1.25f - 25, 1, 0, 0);
     part.foot->drawlist();
     glPopMatrix();
     glPushMatrix();
     glTranslatef(0.15f, 0.05f, -1.12f);
-    glRotatef(-pedal_up / 1.25f - 25, 1, 0, 0);
+    glRotatef(-k.pedal_up / 1.25f - 25, 1, 0, 0);
     part.foot->drawlist();
     glPopMatrix();
+}
 
-    glColor3f(1, 1, 1);
-    if (!ownview) {
-        glPushMatrix();
-        glTranslatef(0, 0.55f, -0.37f);
-        glRotatef(sw_ay / 2, 0, 1, 0);
-        glRotatef(head_viewax + head_ax, 1, 0, 0);
-        if (config.CHEAT_0bighead) glScalef(2, 2, 2);
-        if (config.CHEAT_0toviksface) {
-            glEnable(GL_TEXTURE_2D);
-            glBindTexture(GL_TEXTURE_2D, s.myfaceTexture);
-            part.head->draw(false, false, &gokartstaticdata.LOhead3DS);
-            glDisable(GL_TEXTURE_2D);
-        } else {
-            part.head->drawlist();
-        }
-        glPopMatrix();
+// The head turns with the wheel and nods; the cheats make it big or put a face on it.
+void drawhead(const sGokart& k, const sPartSet& part) {
+    glPushMatrix();
+    glTranslatef(0, 0.55f, -0.37f);
+    glRotatef(k.sw_ay / 2, 0, 1, 0);
+    glRotatef(k.head_viewax + k.head_ax, 1, 0, 0);
+    if (config.CHEAT_0bighead) glScalef(2, 2, 2);
+    if (config.CHEAT_0toviksface) {
+        glEnable(GL_TEXTURE_2D);
+        glBindTexture(GL_TEXTURE_2D, gokartstaticdata.myfaceTexture);
+        part.head->draw(false, false, &gokartstaticdata.LOhead3DS);
+        glDisable(GL_TEXTURE_2D);
+    } else {
+        part.head->drawlist();
     }
+    glPopMatrix();
+}
 
-    float U = s.overarmslaengde, L = s.underarmslaengde;
-    solvearm(sw_ay, -1, U, L, larmuax, larmuay, larmdax, larmday, larmdpx, larmdpy, larmdpz);
-    solvearm(sw_ay, +1, U, L, rarmuax, rarmuay, rarmdax, rarmday, rarmdpx, rarmdpy, rarmdpz);
-    drawarm(part.armu, part.armd, -0.175f, larmuay, larmuax, larmdpx, larmdpy, larmdpz, larmday, larmdax);
-    drawarm(part.armu, part.armd, 0.175f, rarmuay, rarmuax, rarmdpx, rarmdpy, rarmdpz, rarmday, rarmdax);
+// Both arms, posed first so that the hands hold the turned wheel.
+void drawarms(sGokart& k, const sPartSet& part) {
+    const float U = gokartstaticdata.overarmslaengde, L = gokartstaticdata.underarmslaengde;
+    solvearm(k.sw_ay, -1, U, L, k.larmuax, k.larmuay, k.larmdax, k.larmday, k.larmdpx, k.larmdpy, k.larmdpz);
+    solvearm(k.sw_ay, +1, U, L, k.rarmuax, k.rarmuay, k.rarmdax, k.rarmday, k.rarmdpx, k.rarmdpy, k.rarmdpz);
+    drawarm(part.armu, part.armd, -0.175f, k.larmuay, k.larmuax, k.larmdpx, k.larmdpy, k.larmdpz, k.larmday,
+            k.larmdax);
+    drawarm(part.armu, part.armd, 0.175f, k.rarmuay, k.rarmuax, k.rarmdpx, k.rarmdpy, k.rarmdpz, k.rarmday,
+            k.rarmdax);
+}
 
-    glColor3f(1, 1, 1);
-    part.chasis->drawlist();
-
+// Front wheels, steered and spinning; the right one is the left one turned round.
+void drawfrontwheels(const sGokart& k, const sPartSet& part) {
+    const sGokartStaticData& s = gokartstaticdata;
     glPushMatrix();
     glTranslatef(-s.wheeltrack, 0, -s.wheelbase);
-    glRotatef(lfw_ay, 0, 1, 0);
-    glRotatef(-lfw_ax, 1, 0, 0);
+    glRotatef(k.lfw_ay, 0, 1, 0);
+    glRotatef(-k.lfw_ax, 1, 0, 0);
     part.frontwheel->drawlist();
     glPopMatrix();
     glPushMatrix();
     glTranslatef(s.wheeltrack, 0, -s.wheelbase);
     glRotatef(180, 0, 1, 0);
-    glRotatef(rfw_ay, 0, 1, 0);
-    glRotatef(rfw_ax, 1, 0, 0);
+    glRotatef(k.rfw_ay, 0, 1, 0);
+    glRotatef(k.rfw_ax, 1, 0, 0);
     part.frontwheel->drawlist();
     glPopMatrix();
+}
 
+void drawpedals(const sGokart& k, const sPartSet& part) {
     glPushMatrix();
     glTranslatef(-0.15f, 0, -1.2f);
-    glRotatef(-pedal_down, 1, 0, 0);
+    glRotatef(-k.pedal_down, 1, 0, 0);
     part.pedal->drawlist();
     glPopMatrix();
     glPushMatrix();
     glTranslatef(0.15f, 0, -1.2f);
-    glRotatef(-pedal_up, 1, 0, 0);
+    glRotatef(-k.pedal_up, 1, 0, 0);
     part.pedal->drawlist();
     glPopMatrix();
+}
 
-    if (!ownview) {
-        glPushMatrix();
-        glTranslatef(-s.wheeltrack, 0, 0);
-        glRotatef(-lrw_ax, 1, 0, 0);
-        part.rearwheel->drawlist();
-        glPopMatrix();
-        glPushMatrix();
-        glTranslatef(s.wheeltrack, 0, 0);
-        glRotatef(180, 0, 1, 0);
-        glRotatef(rrw_ax, 1, 0, 0);
-        part.rearwheel->drawlist();
-        glPopMatrix();
-    }
+void drawrearwheels(const sGokart& k, const sPartSet& part) {
+    const sGokartStaticData& s = gokartstaticdata;
+    glPushMatrix();
+    glTranslatef(-s.wheeltrack, 0, 0);
+    glRotatef(-k.lrw_ax, 1, 0, 0);
+    part.rearwheel->drawlist();
+    glPopMatrix();
+    glPushMatrix();
+    glTranslatef(s.wheeltrack, 0, 0);
+    glRotatef(180, 0, 1, 0);
+    glRotatef(k.rrw_ax, 1, 0, 0);
+    part.rearwheel->drawlist();
+    glPopMatrix();
+}
 
+void drawsteeringwheel(const sGokart& k, const sPartSet& part) {
     glPushMatrix();
     glTranslatef(0, 0.4f, -0.85f);
     glRotatef(-50, 1, 0, 0);
-    glRotatef(sw_ay * 1.8f, 0, 0, 1);
+    glRotatef(k.sw_ay * 1.8f, 0, 0, 1);
     part.steeringwheel->drawlist();
     glPopMatrix();
+}
 
+}  // namespace
+
+void sGokart::draw() {
+    if (!inviewG) return;
+    const sPartSet part = partset(inviewDist);
+    // The driver never sees his own helmet or the wheels behind him.
+    const bool ownview = ID == config.gokartfocus && camera.mode == CAMERA_DRIVER;
+
+    glPushMatrix();
+    glTranslatef(px, gokartstaticdata.wheelradius, pz);
+    glRotatef(ay, 0, 1, 0);
+    drawbody(*this, part);
+    glColor3f(1, 1, 1);
+    if (!ownview) drawhead(*this, part);
+    drawarms(*this, part);
+    glColor3f(1, 1, 1);
+    part.chasis->drawlist();
+    drawfrontwheels(*this, part);
+    drawpedals(*this, part);
+    if (!ownview) drawrearwheels(*this, part);
+    drawsteeringwheel(*this, part);
     glPopMatrix();
 }
+
+// ---- Head-up display ----
 
 void sGokart::drawhud() {
     const float h = 0.09049479f;
@@ -1130,43 +1246,7 @@ void sGokart::drawhud() {
     glPopMatrix();
 }
 
-// ---- Skid marks and shadows ----
-
-void sGokart::drawslides() {
-    const unsigned int n = config.nslides;
-    const sSlide* rings[4] = {lfSlide, rfSlide, lrSlide, rrSlide};
-    glDisable(GL_DEPTH_TEST);
-    glEnable(GL_TEXTURE_2D);
-    glBindTexture(GL_TEXTURE_2D, gokartstaticdata.skidTexture);
-    glEnable(GL_BLEND);
-    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-    glBegin(GL_QUADS);
-    for (unsigned int i = 0; i < n; i++) {
-        // The slot being written holds only half a quad.
-        if (i == CURRENTslide) continue;
-        for (const sSlide* ring : rings) {
-            const sSlide& m = ring[i];
-            // Faded out at both ends (or never laid): blended at no opacity
-            // it would leave every pixel as it was, and most of the ring is
-            // like that for most of a race.
-            if (m.a[0] <= 0 && m.a[1] <= 0) continue;
-            glColor4f(1, 1, 1, m.a[0]);
-            glTexCoord2f(0, 0);
-            glVertex3f(m.x[0], 0, m.z[0]);
-            glTexCoord2f(1, 0);
-            glVertex3f(m.x[1], 0, m.z[1]);
-            glColor4f(1, 1, 1, m.a[1]);
-            glTexCoord2f(1, 1);
-            glVertex3f(m.x[2], 0, m.z[2]);
-            glTexCoord2f(0, 1);
-            glVertex3f(m.x[3], 0, m.z[3]);
-        }
-    }
-    glEnd();
-    glDisable(GL_BLEND);
-    glDisable(GL_TEXTURE_2D);
-    glEnable(GL_DEPTH_TEST);
-}
+// ---- Shadows ----
 
 namespace {
 

@@ -141,35 +141,37 @@ writer3ds::Model plastic(int level) {
 }
 
 // --- chassis: frame, axles, seat, engine, steering column.
-writer3ds::Model chassis(int level) {
-    Builder b;
-    int metal = b.material("Metal", 190, 190, 195, "Metal.tga");
-    int rubber = b.material("Rubber", 30, 30, 30, "Tyre.tga");
-    Mesh& f = b.object("Frame", metal);
-    Mesh& s = b.object("Seat", rubber);
-    const float uv = 3.0f;
-    // The steering column runs from behind the wheel's hub down along the
-    // wheel's axis to the floor ahead of the pedals' pivot.
+
+// Texture repeats on the chassis's boxes.
+const float CHASSIS_UV = 3.0f;
+
+// The steering column runs from behind the wheel's hub down along the
+// wheel's axis to the floor ahead of the pedals' pivot.
+void steeringColumn(V3& top, V3& foot) {
     const V3 wheelCentre = {0, 0.4f, -0.85f};
     const V3 column = {0, -std::sin(50 * (float)M_PI / 180), -std::cos(50 * (float)M_PI / 180)};
-    const V3 columnTop = wheelCentre + column * 0.03f, columnFoot = wheelCentre + column * 0.45f;
+    top = wheelCentre + column * 0.03f;
+    foot = wheelCentre + column * 0.45f;
+}
 
-    // Floor tray, the driver sits on it in LO.
-    box(f, {-0.28f, -0.075f, -1.25f}, {0.28f, -0.065f, 0.05f}, uv);
-    if (level == 0) {
-        tube(f, {-0.375f, 0, 0}, {0.375f, 0, 0}, 0.025f, 0.025f, 3, false);
-        tube(f, {-0.375f, 0, -1.2f}, {0.375f, 0, -1.2f}, 0.02f, 0.02f, 3, false);
-        tube(f, columnTop, columnFoot, 0.016f, 0.016f, 3, false);
-        box(f, {0.24f, -0.065f, -0.45f}, {0.42f, 0.22f, -0.17f}, uv);
-        V3 c[8] = {{-0.18f, -0.065f, -0.24f}, {0.18f, -0.065f, -0.24f}, {-0.18f, 0.40f, -0.17f},
-                   {0.18f, 0.40f, -0.17f},    {-0.18f, -0.065f, -0.19f}, {0.18f, -0.065f, -0.19f},
-                   {-0.18f, 0.40f, -0.12f},   {0.18f, 0.40f, -0.12f}};
-        hexa(s, c, uv);
-        return b.finish();
-    }
-    int n = sides(level, 3, 4, 10);
-    bool caps = level == 2;
-    bool fine = level == 2;
+// LO: both axles, the column, an engine block and a flat seat.
+void roughChassis(Mesh& f, Mesh& s) {
+    const float uv = CHASSIS_UV;
+    V3 columnTop, columnFoot;
+    steeringColumn(columnTop, columnFoot);
+    tube(f, {-0.375f, 0, 0}, {0.375f, 0, 0}, 0.025f, 0.025f, 3, false);
+    tube(f, {-0.375f, 0, -1.2f}, {0.375f, 0, -1.2f}, 0.02f, 0.02f, 3, false);
+    tube(f, columnTop, columnFoot, 0.016f, 0.016f, 3, false);
+    box(f, {0.24f, -0.065f, -0.45f}, {0.42f, 0.22f, -0.17f}, uv);
+    V3 c[8] = {{-0.18f, -0.065f, -0.24f}, {0.18f, -0.065f, -0.24f}, {-0.18f, 0.40f, -0.17f},
+               {0.18f, 0.40f, -0.17f},    {-0.18f, -0.065f, -0.19f}, {0.18f, -0.065f, -0.19f},
+               {-0.18f, 0.40f, -0.12f},   {0.18f, 0.40f, -0.12f}};
+    hexa(s, c, uv);
+}
+
+// The frame rails, narrowing to the nose, and (HI) up to the front axle beam.
+void frameRails(Mesh& f, int n, bool fine) {
+    const bool caps = fine;
     const float rail = 0.016f;
     for (float x : {-0.28f, 0.28f}) {
         float in = x * 0.72f;
@@ -179,6 +181,11 @@ writer3ds::Model chassis(int level) {
         if (fine) tube(f, {x, -0.05f, -1.1f}, {x * 1.18f, -0.03f, -1.2f}, rail, rail, n, caps);
     }
     tube(f, {-0.28f * 0.72f, -0.05f, -1.3f}, {0.28f * 0.72f, -0.05f, -1.3f}, rail, rail, n, caps);
+}
+
+void axles(Mesh& f, int n, bool fine) {
+    const bool caps = fine;
+    const float uv = CHASSIS_UV;
     // Rear axle through both hubs, its two bearings, and the brake disc.
     tube(f, {-0.375f, 0, 0}, {0.375f, 0, 0}, 0.025f, 0.025f, n, true);
     if (fine) {
@@ -192,10 +199,16 @@ writer3ds::Model chassis(int level) {
         tube(f, {x, -0.06f, -1.2f}, {x, 0.05f, -1.2f}, 0.02f, 0.02f, n, caps);
         tube(f, {x, 0, -1.2f}, {x < 0 ? -0.375f : 0.375f, 0, -1.2f}, 0.013f, 0.013f, n, false);
     }
-    // Steering column and its foot.
+}
+
+// Steering column and its foot; the engine beside the seat: crankcase,
+// cylinder, and the exhaust behind.
+void columnAndEngine(Mesh& f, int n, bool fine) {
+    const float uv = CHASSIS_UV;
+    V3 columnTop, columnFoot;
+    steeringColumn(columnTop, columnFoot);
     tube(f, columnTop, columnFoot, 0.016f, 0.016f, n, true);
     if (fine) tube(f, columnFoot, {0, -0.065f, columnFoot.z}, 0.012f, 0.012f, n, false);
-    // Engine beside the seat: crankcase, cylinder, and the exhaust behind.
     box(f, {0.24f, -0.065f, -0.45f}, {0.42f, 0.12f, -0.17f}, uv);
     tube(f, {0.33f, 0.12f, -0.31f}, {0.33f, 0.26f, -0.31f}, 0.07f, 0.06f, n + 2, true);
     tube(f, {0.32f, 0.2f, 0.04f}, {-0.15f, 0.2f, 0.04f}, 0.05f, 0.05f, n + 2, true);
@@ -203,8 +216,11 @@ writer3ds::Model chassis(int level) {
         tube(f, {0.33f, 0.2f, -0.24f}, {0.30f, 0.2f, -0.02f}, 0.022f, 0.022f, n, false);
         tube(f, {0.30f, 0.2f, -0.02f}, {0.30f, 0.2f, 0.04f}, 0.022f, 0.022f, n, false);
     }
+}
 
-    // The seat: a bucket with its back leaning rearwards.
+// The seat: a bucket with its back leaning rearwards, and (HI) its sides.
+void seat(Mesh& s, bool fine) {
+    const float uv = CHASSIS_UV;
     {
         V3 c[8] = {{-0.18f, -0.065f, -0.55f}, {0.18f, -0.065f, -0.55f}, {-0.18f, -0.01f, -0.55f},
                    {0.18f, -0.01f, -0.55f},   {-0.18f, -0.065f, -0.19f}, {0.18f, -0.065f, -0.19f},
@@ -224,6 +240,26 @@ writer3ds::Model chassis(int level) {
                    {x, 0.3f, -0.16f},          {x + 0.02f, 0.3f, -0.16f}};
         hexa(s, c, uv);
     }
+}
+
+writer3ds::Model chassis(int level) {
+    Builder b;
+    int metal = b.material("Metal", 190, 190, 195, "Metal.tga");
+    int rubber = b.material("Rubber", 30, 30, 30, "Tyre.tga");
+    Mesh& f = b.object("Frame", metal);
+    Mesh& s = b.object("Seat", rubber);
+    // Floor tray, the driver sits on it in LO.
+    box(f, {-0.28f, -0.075f, -1.25f}, {0.28f, -0.065f, 0.05f}, CHASSIS_UV);
+    if (level == 0) {
+        roughChassis(f, s);
+        return b.finish();
+    }
+    const int n = sides(level, 3, 4, 10);
+    const bool fine = level == 2;
+    frameRails(f, n, fine);
+    axles(f, n, fine);
+    columnAndEngine(f, n, fine);
+    seat(s, fine);
     return b.finish();
 }
 
