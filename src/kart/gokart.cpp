@@ -22,6 +22,8 @@
 sGokartStaticData gokartstaticdata;
 sGokart gokart[GOKART_NKARTS];
 
+// ---- Constants, tables and small helpers ----
+
 namespace {
 
 const double DEG = 57.29577951;  // degrees per radian
@@ -114,6 +116,8 @@ unsigned int trackPoints() {
 
 }  // namespace
 
+// ---- What all karts share: models, textures, sounds, driving constants ----
+
 void sGokartStaticData::init() {
     chasiswidth = 1.24f;
     chasisfront = 1.364f;
@@ -194,6 +198,8 @@ void sGokartStaticData::free() {
     collission = engine = tire = nullptr;
 }
 
+// ---- A kart on the grid ----
+
 void sGokart::init(unsigned char id) {
     const sGokartStaticData& s = gokartstaticdata;
     ID = id;
@@ -251,6 +257,8 @@ void sGokart::init(unsigned char id) {
 
 void sGokart::free() {}
 
+// ---- Where a kart is on the circuit ----
+
 unsigned int sGokart::getcheckpoint() {
     const sGokartStaticData& s = gokartstaticdata;
     float step = ups / performance.fps;
@@ -275,6 +283,8 @@ unsigned int sGokart::getcheckpoint() {
     }
     return result;
 }
+
+// ---- Collisions between karts ----
 
 namespace {
 
@@ -332,9 +342,9 @@ unsigned char collidingKart(unsigned char ID, float x1, float z1, float x2, floa
     return ID;
 }
 
-}  // namespace
-
-void sGokart::colide() {
+// The kart's outline at (px, pz) heading ay: eight corners round the chassis,
+// the nose narrower than the sides.
+void outline(float px, float pz, float ay, float* x, float* z) {
     const sGokartStaticData& s = gokartstaticdata;
     const float F = s.chasisfront, W = s.chasiswidth;
     const float f[8] = {F + 0.03f, F + 0.03f, F - 0.1f, F / 2, -0.17f, -0.17f, F / 2, F - 0.1f};
@@ -342,9 +352,15 @@ void sGokart::colide() {
     const float r[8] = {-nose, nose, side, side, side, -side, -side, -side};
     float sa = (float)sin(ay / DEG), ca = (float)cos(ay / DEG);
     for (int i = 0; i < 8; i++) {
-        colx[i] = px - sa * f[i] + ca * r[i];
-        colz[i] = pz - ca * f[i] - sa * r[i];
+        x[i] = px - sa * f[i] + ca * r[i];
+        z[i] = pz - ca * f[i] - sa * r[i];
     }
+}
+
+}  // namespace
+
+void sGokart::colide() {
+    outline(px, pz, ay, colx, colz);
     for (bool& c : col) c = false;
     // Karts wholly clear of this one's span of x cannot touch it, whichever
     // edges are taken; they are passed over once here instead of edge by edge.
@@ -446,6 +462,145 @@ static void emitslides(sGokart& k, float ay0) {
     }
 }
 
+void sGokart::drawslides() {
+    const unsigned int n = config.nslides;
+    const sSlide* rings[4] = {lfSlide, rfSlide, lrSlide, rrSlide};
+    glDisable(GL_DEPTH_TEST);
+    glEnable(GL_TEXTURE_2D);
+    glBindTexture(GL_TEXTURE_2D, gokartstaticdata.skidTexture);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    glBegin(GL_QUADS);
+    for (unsigned int i = 0; i < n; i++) {
+        // The slot being written holds only half a quad.
+        if (i == CURRENTslide) continue;
+        for (const sSlide* ring : rings) {
+            const sSlide& m = ring[i];
+            // Faded out at both ends (or never laid): blended at no opacity
+            // it would leave every pixel as it was, and most of the ring is
+            // like that for most of a race.
+            if (m.a[0] <= 0 && m.a[1] <= 0) continue;
+            glColor4f(1, 1, 1, m.a[0]);
+            glTexCoord2f(0, 0);
+            glVertex3f(m.x[0], 0, m.z[0]);
+            glTexCoord2f(1, 0);
+            glVertex3f(m.x[1], 0, m.z[1]);
+            glColor4f(1, 1, 1, m.a[1]);
+            glTexCoord2f(1, 1);
+            glVertex3f(m.x[2], 0, m.z[2]);
+            glTexCoord2f(0, 1);
+            glVertex3f(m.x[3], 0, m.z[3]);
+        }
+    }
+    glEnd();
+    glDisable(GL_BLEND);
+    glDisable(GL_TEXTURE_2D);
+    glEnable(GL_DEPTH_TEST);
+}
+
+// ---- Keeping to the circuit ----
+
+namespace {
+
+// How far past a barrier line the outline may be left after a move (a
+// centimetre short of the 0.10 we promise, for the rounding of its corners),
+// and how far a correction leaves it: still across the line, so that the
+// bounce registers on the next frame as it always has.
+const double WALL_SLACK = 0.09;
+const double WALL_LEFT = 0.05;
+
+// Every barrier segment, left line then right.
+template <class Visit>
+void eachwall(Visit visit) {
+    const unsigned int n = trackPoints();
+    for (const sTrackPoint* P : {track.Lpoint, track.Rpoint})
+        for (unsigned int i = 0; i < n; i++) visit(P[i], P[(i + 1) % n]);
+}
+
+bool outside(const sTrackPoint& a, const sTrackPoint& b, double x, double z, double r) {
+    return fmin(a.x, b.x) > x + r || fmax(a.x, b.x) < x - r || fmin(a.z, b.z) > z + r || fmax(a.z, b.z) < z - r;
+}
+
+// The barrier point nearest (x, z) into (qx, qz), and its distance; `within`
+// when none is nearer than that.
+double nearestwall(double x, double z, double within, double& qx, double& qz) {
+    double best = within;
+    eachwall([&](const sTrackPoint& a, const sTrackPoint& b) {
+        if (outside(a, b, x, z, best)) return;
+        double ex = (double)b.x - a.x, ez = (double)b.z - a.z, l = ex * ex + ez * ez;
+        double t = l > 0 ? ((x - a.x) * ex + (z - a.z) * ez) / l : 0;
+        t = t < 0 ? 0 : (t > 1 ? 1 : t);
+        double X = a.x + t * ex, Z = a.z + t * ez, d = hypot(x - X, z - Z);
+        if (d < best) {
+            best = d;
+            qx = X;
+            qz = Z;
+        }
+    });
+    return best;
+}
+
+// Whether the way from (x1, z1) to (x2, z2) crosses the barriers an odd
+// number of times: from a point on the circuit, whether it ends off it.
+bool oddcrossings(double x1, double z1, double x2, double z2) {
+    bool odd = false;
+    const double mx = (x1 + x2) / 2, mz = (z1 + z2) / 2, r = hypot(x2 - x1, z2 - z1) / 2;
+    eachwall([&](const sTrackPoint& a, const sTrackPoint& b) {
+        if (outside(a, b, mx, mz, r)) return;
+        const double dx = x2 - x1, dz = z2 - z1;
+        // A barrier point right on the way counts with the side it leaves to,
+        // so that a way through a corner of the barrier counts once.
+        if ((dx * (a.z - z1) - dz * (a.x - x1) > 0) == (dx * (b.z - z1) - dz * (b.x - x1) > 0)) return;
+        const double ex = (double)b.x - a.x, ez = (double)b.z - a.z;
+        if ((ex * (z1 - a.z) - ez * (x1 - a.x) > 0) != (ex * (z2 - a.z) - ez * (x2 - a.x) > 0)) odd = !odd;
+    });
+    return odd;
+}
+
+// The deepest the outline goes past a barrier line, and which way (a unit
+// vector) takes it back out: a corner off the circuit goes back towards the
+// nearest barrier point; a barrier point inside the outline, where a corner
+// of the wall reaches in across an edge, leaves through the nearest edge.
+struct sIntrusion {
+    double depth, ux, uz;
+};
+
+sIntrusion deepestintrusion(const float* x, const float* z, float cx, float cz) {
+    sIntrusion worst = {0, 0, 0};
+    for (int c = 0; c < 8; c++) {
+        if (!oddcrossings(cx, cz, x[c], z[c])) continue;
+        double qx = x[c], qz = z[c];
+        double d = nearestwall(x[c], z[c], INFINITY, qx, qz);
+        if (d > worst.depth) worst = {d, (qx - x[c]) / d, (qz - z[c]) / d};
+    }
+    double area = 0, lo = INFINITY, hi = -INFINITY, bottom = INFINITY, top = -INFINITY;
+    for (int c = 0; c < 8; c++) {
+        int e = (c + 1) % 8;
+        area += (double)x[c] * z[e] - (double)x[e] * z[c];
+        lo = fmin(lo, x[c]);
+        hi = fmax(hi, x[c]);
+        bottom = fmin(bottom, z[c]);
+        top = fmax(top, z[c]);
+    }
+    const double sign = area > 0 ? 1 : -1;
+    eachwall([&](const sTrackPoint& v, const sTrackPoint&) {
+        if (v.x < lo || v.x > hi || v.z < bottom || v.z > top) return;
+        sIntrusion in = {INFINITY, 0, 0};
+        for (int c = 0; c < 8; c++) {
+            int e = (c + 1) % 8;
+            double ex = (double)x[e] - x[c], ez = (double)z[e] - z[c], l = hypot(ex, ez);
+            // How far inside this edge, along its inward normal.
+            double h = sign * (ex * (v.z - z[c]) - ez * (v.x - x[c])) / l;
+            if (!(h > 0)) return;
+            if (h < in.depth) in = {h, -sign * ez / l, sign * ex / l};
+        }
+        if (in.depth > worst.depth) worst = in;
+    });
+    return worst;
+}
+
+}  // namespace
+
 // The barriers only meet the kart's outline, and its edges running along x
 // or z never register, so a kart pushed into a wall, or a frame long enough to
 // step past one, could carry it off the circuit for good. A move that takes
@@ -453,7 +608,14 @@ static void emitslides(sGokart& k, float ay0) {
 // bounces the kart off the wall as before. Of the move, what runs along the
 // wall is kept, so that a kart scraping it slides on; where the wall's slight
 // zigzag leaves no way along it, the part into the wall is turned back out.
+// Then the rest of the outline: whatever of it went deeper than a hand's
+// breadth into the tyres is moved back out, the heading left as it is.
 void sGokart::staybehindbarriers() {
+    keepcentre();
+    keepoutline();
+}
+
+void sGokart::keepcentre() {
     if (track.ontrack(px, pz) || !track.ontrack(opx, opz)) return;
     const float dx = px - opx, dz = pz - opz;
     const float ways[4][2] = {{dx, 0}, {0, dz}, {-dx, dz}, {dx, -dz}};
@@ -467,16 +629,45 @@ void sGokart::staybehindbarriers() {
     pz = opz;
 }
 
+void sGokart::keepoutline() {
+    if (trackPoints() < 3) return;
+    // A wall in one place, another round a corner: each pass takes out the
+    // deepest intrusion; a handful settles any corner of a circuit.
+    for (int pass = 0; pass < 6; pass++) {
+        float x[8], z[8];
+        outline(px, pz, ay, x, z);
+        double reach = 0, qx, qz;
+        for (int c = 0; c < 8; c++) reach = fmax(reach, hypot(x[c] - px, z[c] - pz));
+        if (nearestwall(px, pz, reach, qx, qz) >= reach || !track.ontrack(px, pz)) return;
+        const sIntrusion in = deepestintrusion(x, z, px, pz);
+        if (in.depth <= WALL_SLACK) return;
+        px += (float)(in.ux * (in.depth - WALL_LEFT));
+        pz += (float)(in.uz * (in.depth - WALL_LEFT));
+    }
+}
+
+// ---- Driving: one move ----
+
 void sGokart::move() {
-    const sGokartStaticData& s = gokartstaticdata;
-    const float fps = performance.fps;
-    const float ups0 = ups;
-    const unsigned int n = trackPoints();
-
+    const float ups0 = ups, ay0 = ay;
     aidriver = ID >= config.nhumanplayers;
+    placeonroad(countlaps());
+    const float loudness = playengine();
+    steer();
+    pedal();
+    touchkarts(loudness);
+    touchbarriers(loudness);
+    const float step = ups / performance.fps;
+    turnandslide(step, ay0, loudness);
+    advance(step, ay0);
+    turnwheels(step);
+    wrapangles();
+    nodhead(ups0);
+}
 
-    // Laps. The first pass over the line starts lap 1 and its timer; the
-    // frame after a lap was counted closes the time of the lap just driven.
+// Laps. The first pass over the line starts lap 1 and its timer; the
+// frame after a lap was counted closes the time of the lap just driven.
+unsigned int sGokart::countlaps() {
     if (lap != 0) currentlaptime = (float)(bvclock() - lapstart) / BV_CLOCKS_PER_SEC;
     unsigned int c = getcheckpoint();
     if (c == (unsigned int)checkpoint + 1) {
@@ -495,45 +686,58 @@ void sGokart::move() {
             highscore.checkfornewrecord(ID);
         }
     }
-    if (!aidriver && n > 0) {
-        unsigned int next = (c + 1) % n;
-        float dL = distance2(track.Lpoint[c].x, track.Lpoint[c].z, px, pz) +
-                   distance2(track.Lpoint[next].x, track.Lpoint[next].z, px, pz);
-        float dR = distance2(track.Rpoint[c].x, track.Rpoint[c].z, px, pz) +
-                   distance2(track.Rpoint[next].x, track.Rpoint[next].z, px, pz);
-        if (dR > dL)
-            placement = 0.25f;
-        else if (dL > dR)
-            placement = 0.75f;
-        else
-            placement = 0.5f;
-    }
+    return c;
+}
 
-    // Engine: quieter with distance from the eye, higher with speed, and
-    // shifted by how fast the kart closes on the eye.
-    float k = 0;
-    if (config.soundeffects) {
-        k = 1.0f + 0.125f * distance(px, 0, pz, camera.px, camera.py, camera.pz);
-        float b = camera.pz > pz ? 180.0f : 0.0f;
-        float q = camera.ay - (b + (float)(DEG * atan((px - camera.px) / (pz - camera.pz))));
-        int pan = (int)(128 - 128 * sin(q / DEG));
-        float aheadx = px - (float)sin(may / DEG) * ups, aheadz = pz - (float)cos(may / DEG) * ups;
-        float D1 = distance(px, 0, pz, camera.ox, camera.oy, camera.oz);
-        float D2 = distance(aheadx, 0, aheadz, camera.px, camera.py, camera.pz);
-        int frequency = (int)(250 * (D1 - D2)) + (int)fabsf(2500 * ups) + 22000;
-        FSOUND_SetFrequency(CHANNEL_engine, frequency);
-        FSOUND_SetVolume(CHANNEL_engine, (int)(255 / k));
-        FSOUND_SetPan(CHANNEL_collission, pan);
-        FSOUND_SetPan(CHANNEL_engine, pan);
-        FSOUND_SetPan(CHANNEL_tire, pan);
-    }
+// A human driver's line across the road, from the barrier he is nearer.
+void sGokart::placeonroad(unsigned int c) {
+    const unsigned int n = trackPoints();
+    if (aidriver || n == 0) return;
+    unsigned int next = (c + 1) % n;
+    float dL = distance2(track.Lpoint[c].x, track.Lpoint[c].z, px, pz) +
+               distance2(track.Lpoint[next].x, track.Lpoint[next].z, px, pz);
+    float dR = distance2(track.Rpoint[c].x, track.Rpoint[c].z, px, pz) +
+               distance2(track.Rpoint[next].x, track.Rpoint[next].z, px, pz);
+    if (dR > dL)
+        placement = 0.25f;
+    else if (dL > dR)
+        placement = 0.75f;
+    else
+        placement = 0.5f;
+}
 
-    // Steering.
-    bool steered = !aidriver && ID == config.gokartfocus;
-    if (config.joysticksteering && steered) {
+// Engine: quieter with distance from the eye, higher with speed, and
+// shifted by how fast the kart closes on the eye.
+float sGokart::playengine() {
+    if (!config.soundeffects) return 0;
+    float k = 1.0f + 0.125f * distance(px, 0, pz, camera.px, camera.py, camera.pz);
+    float b = camera.pz > pz ? 180.0f : 0.0f;
+    float q = camera.ay - (b + (float)(DEG * atan((px - camera.px) / (pz - camera.pz))));
+    int pan = (int)(128 - 128 * sin(q / DEG));
+    float aheadx = px - (float)sin(may / DEG) * ups, aheadz = pz - (float)cos(may / DEG) * ups;
+    float D1 = distance(px, 0, pz, camera.ox, camera.oy, camera.oz);
+    float D2 = distance(aheadx, 0, aheadz, camera.px, camera.py, camera.pz);
+    int frequency = (int)(250 * (D1 - D2)) + (int)fabsf(2500 * ups) + 22000;
+    FSOUND_SetFrequency(CHANNEL_engine, frequency);
+    FSOUND_SetVolume(CHANNEL_engine, (int)(255 / k));
+    FSOUND_SetPan(CHANNEL_collission, pan);
+    FSOUND_SetPan(CHANNEL_engine, pan);
+    FSOUND_SetPan(CHANNEL_tire, pan);
+    return k;
+}
+
+// The joystick and the mouse, when they steer, steer the followed human kart.
+bool sGokart::followedhuman() const {
+    return !aidriver && ID == config.gokartfocus;
+}
+
+void sGokart::steer() {
+    const sGokartStaticData& s = gokartstaticdata;
+    const float fps = performance.fps;
+    if (config.joysticksteering && followedhuman()) {
         float target = -((float)joystick.x / 32000.0f - 1) * s.maxturn;
         sw_ay += (target - sw_ay) * 20 / fps;
-    } else if (config.mousesteering && steered) {
+    } else if (config.mousesteering && followedhuman()) {
         sw_ay -= (float)mouse.deltax * (float)config.mousesensitivity / 100;
         if (sw_ay > s.maxturn) sw_ay = s.maxturn;
         if (sw_ay < -s.maxturn) sw_ay = -s.maxturn;
@@ -548,9 +752,13 @@ void sGokart::move() {
             sw_ay += s.deturn / fps;
         if (fabsf(sw_ay) < s.deturn / fps) sw_ay = 0;
     }
+}
 
-    // Pedals and speed. There is no reverse gear: braking only ever slows.
-    if (config.joysticksteering && steered) {
+// Pedals and speed. There is no reverse gear: braking only ever slows.
+void sGokart::pedal() {
+    const sGokartStaticData& s = gokartstaticdata;
+    const float fps = performance.fps;
+    if (config.joysticksteering && followedhuman()) {
         float y = -((float)joystick.y / 32000.0f - 1) * 45;
         pedal_up += (y - pedal_up) * 20 / fps;
         if (pedal_up < 0) pedal_up = 0;
@@ -580,51 +788,54 @@ void sGokart::move() {
     if (!kUP && fabsf(ups) < 1.5f * s.resistance / fps) ups = 0;
     if (!kUP && pedal_up > 0) pedal_up -= 180 / fps;
     if (!kDOWN && pedal_down > 0) pedal_down -= 180 / fps;
+}
 
-    // Touching another kart sends this one straight away from it.
+// The collision sound, louder the faster the kart hits.
+void sGokart::playcollision(float loudness) {
+    const sGokartStaticData& s = gokartstaticdata;
+    if (FSOUND_IsPlaying(CHANNEL_collission)) FSOUND_StopSound(CHANNEL_collission);
+    CHANNEL_collission = FSOUND_PlaySound(FSOUND_FREE, s.collission);
+    FSOUND_SetVolume(CHANNEL_collission,
+                     clampVolume((int)(fabsf(ups + 10) * (255 / (s.topspeed + 10)) / loudness)));
+}
+
+// Touching another kart sends this one straight away from it.
+void sGokart::touchkarts(float loudness) {
     bool touched = false;
     for (bool hit : col) touched = touched || hit;
-    if (checkcol && touched && colg < GOKART_NKARTS) {
-        const sGokart& other = gokart[colg];
-        may = (float)(DEG * atan((other.px - px) / (other.pz - pz))) + (other.pz < pz ? 180.0f : 0.0f);
-        if (ups > 0.25f) ups /= 2;
-        if (col[4] && !col[0] && !col[1] && !col[7] && config.soundeffects) {
-            if (FSOUND_IsPlaying(CHANNEL_collission)) FSOUND_StopSound(CHANNEL_collission);
-            CHANNEL_collission = FSOUND_PlaySound(FSOUND_FREE, s.collission);
-            FSOUND_SetVolume(CHANNEL_collission,
-                             clampVolume((int)(fabsf(ups + 10) * (255 / (s.topspeed + 10)) / k)));
-        }
-    }
+    if (!checkcol || !touched || colg >= GOKART_NKARTS) return;
+    const sGokart& other = gokart[colg];
+    may = (float)(DEG * atan((other.px - px) / (other.pz - pz))) + (other.pz < pz ? 180.0f : 0.0f);
+    if (ups > 0.25f) ups /= 2;
+    if (col[4] && !col[0] && !col[1] && !col[7] && config.soundeffects) playcollision(loudness);
+}
 
-    // The barriers.
+void sGokart::touchbarriers(float loudness) {
+    const unsigned int n = trackPoints();
     bool walled = track.checkOutline(colx, colz, 8, col);
-    if (walled && n > 0) {
-        if (config.soundeffects) {
-            if (FSOUND_IsPlaying(CHANNEL_collission)) FSOUND_StopSound(CHANNEL_collission);
-            CHANNEL_collission = FSOUND_PlaySound(FSOUND_FREE, s.collission);
-            FSOUND_SetVolume(CHANNEL_collission,
-                             clampVolume((int)(fabsf(ups + 10) * (255 / (s.topspeed + 10)) / k)));
-        }
-        // Bounce off the wall: along its normal when the kart already points
-        // away from it, mirrored when it drives into it. 57.3 is how the wall
-        // angle has always been taken.
-        unsigned int i = track.lasthit < n ? track.lasthit : 0;
-        unsigned int j = (i + 1) % n;
-        const sTrackPoint* N = track.lasthitL ? track.LNpoint : track.RNpoint;
-        float nx = (N[i].x + N[j].x) / 2, nz = (N[i].z + N[j].z) / 2;
-        float w = 57.3f * (float)atan(nx / nz) + 180;
-        if (nz < 0) w += 180;
-        float d = wrap180(ay - w);
-        if (fabsf(d) >= 90)
-            may = w - d + 180;
-        else
-            may = w;
-    }
+    if (!walled || n == 0) return;
+    if (config.soundeffects) playcollision(loudness);
+    // Bounce off the wall: along its normal when the kart already points
+    // away from it, mirrored when it drives into it. 57.3 is how the wall
+    // angle has always been taken.
+    unsigned int i = track.lasthit < n ? track.lasthit : 0;
+    unsigned int j = (i + 1) % n;
+    const sTrackPoint* N = track.lasthitL ? track.LNpoint : track.RNpoint;
+    float nx = (N[i].x + N[j].x) / 2, nz = (N[i].z + N[j].z) / 2;
+    float w = 57.3f * (float)atan(nx / nz) + 180;
+    if (nz < 0) w += 180;
+    float d = wrap180(ay - w);
+    if (fabsf(d) >= 90)
+        may = w - d + 180;
+    else
+        may = w;
+}
 
-    // Heading, and the slide: the travel direction follows the heading with
-    // a lag, and a big lag brakes.
-    float step = ups / fps;
-    float ay0 = ay;
+// Heading, and the slide: the travel direction follows the heading with
+// a lag, and a big lag brakes.
+void sGokart::turnandslide(float step, float ay0, float loudness) {
+    const sGokartStaticData& s = gokartstaticdata;
+    const float fps = performance.fps;
     ay += sw_ay * step;
     float d = may - ay;
     if (d < -180 || d > 180) {
@@ -647,14 +858,17 @@ void sGokart::move() {
         newSlide = true;
     } else {
         if (config.soundeffects) {
-            int volume = clampVolume((int)(slidediff * 5.1f / k));
+            int volume = clampVolume((int)(slidediff * 5.1f / loudness));
             FSOUND_SetPaused(CHANNEL_tire, 0);
             if (!FSOUND_IsPlaying(CHANNEL_tire)) CHANNEL_tire = FSOUND_PlaySound(FSOUND_FREE, s.tire);
             FSOUND_SetVolume(CHANNEL_tire, volume);
         }
         if ((DELAYslide <= 0 || newSlide) && config.skidmarks) emitslides(*this, ay0);
     }
+}
 
+// Along the travel direction, then held on the circuit.
+void sGokart::advance(float step, float ay0) {
     opx = px;
     opz = pz;
     ocosay = (float)cos(ay0 / DEG);
@@ -663,10 +877,13 @@ void sGokart::move() {
     px -= (float)sin(may / DEG) * step;
     pz -= (float)cos(may / DEG) * step;
     staybehindbarriers();
+}
 
-    // Wheels, by Ackermann: the inner front wheel steers more than the outer.
-    // The right wheel's path takes (R + t)(R - t) where the left takes (R - t)^2;
-    // that is how the wheels have always turned.
+// Wheels, by Ackermann: the inner front wheel steers more than the outer.
+// The right wheel's path takes (R + t)(R - t) where the left takes (R - t)^2;
+// that is how the wheels have always turned.
+void sGokart::turnwheels(float step) {
+    const sGokartStaticData& s = gokartstaticdata;
     const float t = s.wheeltrack, wb = s.wheelbase;
     float R = sw_ay != 0 ? (float)((360 / sw_ay) / TWOPI) : 9999.0f;
     float CL = (float)(TWOPI * sqrt((R - t) * (R - t) + wb * wb));
@@ -688,15 +905,21 @@ void sGokart::move() {
     }
     lrw_ax += W * (float)(TWOPI * (R - t)) / C;
     rrw_ax += W * (float)(TWOPI * (R + t)) / C;
+}
 
+// One correction a frame brings the angles back into [-180, 180).
+void sGokart::wrapangles() {
     for (float* a : {&ay, &may, &lfw_ax, &rfw_ax, &lrw_ax, &rrw_ax}) {
         if (*a >= 180)
             *a -= 360;
         else if (*a < -180)
             *a += 360;
     }
+}
 
-    // The driver's head nods with the acceleration, a damped spring.
+// The driver's head nods with the acceleration, a damped spring.
+void sGokart::nodhead(float ups0) {
+    const float fps = performance.fps;
     head_axs += (ups - ups0) * 2000 / fps;
     head_axs -= head_axs * 20 / fps;
     head_axs -= head_ax * 20 / fps;
@@ -704,6 +927,8 @@ void sGokart::move() {
     if (head_ax > 5) head_ax = 5;
     if (head_ax < -5) head_ax = -5;
 }
+
+// ---- The computer driver ----
 
 void sGokart::think() {
     const sGokartStaticData& s = gokartstaticdata;
@@ -859,110 +1084,134 @@ void drawarm(s3DS* upper, s3DS* fore, float sx, float uay, float uax, float dpx,
     glPopMatrix();
 }
 
-}  // namespace
-
-void sGokart::draw() {
-    if (!inviewG) return;
-    const sGokartStaticData& s = gokartstaticdata;
-    sPartSet part = partset(inviewDist);
-    // The driver never sees his own helmet or the wheels behind him.
-    bool ownview = ID == config.gokartfocus && camera.mode == CAMERA_DRIVER;
-
-    glPushMatrix();
-    glTranslatef(px, s.wheelradius, pz);
-    glRotatef(ay, 0, 1, 0);
-
-    glColor3ub(R, G, B);
+// Plastic in the kart's colour, the body, and the feet on the pedals.
+void drawbody(const sGokart& k, const sPartSet& part) {
+    glColor3ub(k.R, k.G, k.B);
     part.plastic->drawlist();
     glColor3f(1, 1, 1);
     part.body->drawlist();
 
     glPushMatrix();
     glTranslatef(-0.15f, 0.05f, -1.12f);
-    glRotatef(-pedal_down / 1.25f - 25, 1, 0, 0);
+    glRotatef(-k.pedal_down / 1.25f - 25, 1, 0, 0);
     part.foot->drawlist();
     glPopMatrix();
     glPushMatrix();
     glTranslatef(0.15f, 0.05f, -1.12f);
-    glRotatef(-pedal_up / 1.25f - 25, 1, 0, 0);
+    glRotatef(-k.pedal_up / 1.25f - 25, 1, 0, 0);
     part.foot->drawlist();
     glPopMatrix();
+}
 
-    glColor3f(1, 1, 1);
-    if (!ownview) {
-        glPushMatrix();
-        glTranslatef(0, 0.55f, -0.37f);
-        glRotatef(sw_ay / 2, 0, 1, 0);
-        glRotatef(head_viewax + head_ax, 1, 0, 0);
-        if (config.CHEAT_0bighead) glScalef(2, 2, 2);
-        if (config.CHEAT_0toviksface) {
-            glEnable(GL_TEXTURE_2D);
-            glBindTexture(GL_TEXTURE_2D, s.myfaceTexture);
-            part.head->draw(false, false, &gokartstaticdata.LOhead3DS);
-            glDisable(GL_TEXTURE_2D);
-        } else {
-            part.head->drawlist();
-        }
-        glPopMatrix();
+// The head turns with the wheel and nods; the cheats make it big or put a face on it.
+void drawhead(const sGokart& k, const sPartSet& part) {
+    glPushMatrix();
+    glTranslatef(0, 0.55f, -0.37f);
+    glRotatef(k.sw_ay / 2, 0, 1, 0);
+    glRotatef(k.head_viewax + k.head_ax, 1, 0, 0);
+    if (config.CHEAT_0bighead) glScalef(2, 2, 2);
+    if (config.CHEAT_0toviksface) {
+        glEnable(GL_TEXTURE_2D);
+        glBindTexture(GL_TEXTURE_2D, gokartstaticdata.myfaceTexture);
+        part.head->draw(false, false, &gokartstaticdata.LOhead3DS);
+        glDisable(GL_TEXTURE_2D);
+    } else {
+        part.head->drawlist();
     }
+    glPopMatrix();
+}
 
-    float U = s.overarmslaengde, L = s.underarmslaengde;
-    solvearm(sw_ay, -1, U, L, larmuax, larmuay, larmdax, larmday, larmdpx, larmdpy, larmdpz);
-    solvearm(sw_ay, +1, U, L, rarmuax, rarmuay, rarmdax, rarmday, rarmdpx, rarmdpy, rarmdpz);
-    drawarm(part.armu, part.armd, -0.175f, larmuay, larmuax, larmdpx, larmdpy, larmdpz, larmday, larmdax);
-    drawarm(part.armu, part.armd, 0.175f, rarmuay, rarmuax, rarmdpx, rarmdpy, rarmdpz, rarmday, rarmdax);
+// Both arms, posed first so that the hands hold the turned wheel.
+void drawarms(sGokart& k, const sPartSet& part) {
+    const float U = gokartstaticdata.overarmslaengde, L = gokartstaticdata.underarmslaengde;
+    solvearm(k.sw_ay, -1, U, L, k.larmuax, k.larmuay, k.larmdax, k.larmday, k.larmdpx, k.larmdpy, k.larmdpz);
+    solvearm(k.sw_ay, +1, U, L, k.rarmuax, k.rarmuay, k.rarmdax, k.rarmday, k.rarmdpx, k.rarmdpy, k.rarmdpz);
+    drawarm(part.armu, part.armd, -0.175f, k.larmuay, k.larmuax, k.larmdpx, k.larmdpy, k.larmdpz, k.larmday,
+            k.larmdax);
+    drawarm(part.armu, part.armd, 0.175f, k.rarmuay, k.rarmuax, k.rarmdpx, k.rarmdpy, k.rarmdpz, k.rarmday,
+            k.rarmdax);
+}
 
-    glColor3f(1, 1, 1);
-    part.chasis->drawlist();
-
+// Front wheels, steered and spinning; the right one is the left one turned round.
+void drawfrontwheels(const sGokart& k, const sPartSet& part) {
+    const sGokartStaticData& s = gokartstaticdata;
     glPushMatrix();
     glTranslatef(-s.wheeltrack, 0, -s.wheelbase);
-    glRotatef(lfw_ay, 0, 1, 0);
-    glRotatef(-lfw_ax, 1, 0, 0);
+    glRotatef(k.lfw_ay, 0, 1, 0);
+    glRotatef(-k.lfw_ax, 1, 0, 0);
     part.frontwheel->drawlist();
     glPopMatrix();
     glPushMatrix();
     glTranslatef(s.wheeltrack, 0, -s.wheelbase);
     glRotatef(180, 0, 1, 0);
-    glRotatef(rfw_ay, 0, 1, 0);
-    glRotatef(rfw_ax, 1, 0, 0);
+    glRotatef(k.rfw_ay, 0, 1, 0);
+    glRotatef(k.rfw_ax, 1, 0, 0);
     part.frontwheel->drawlist();
     glPopMatrix();
+}
 
+void drawpedals(const sGokart& k, const sPartSet& part) {
     glPushMatrix();
     glTranslatef(-0.15f, 0, -1.2f);
-    glRotatef(-pedal_down, 1, 0, 0);
+    glRotatef(-k.pedal_down, 1, 0, 0);
     part.pedal->drawlist();
     glPopMatrix();
     glPushMatrix();
     glTranslatef(0.15f, 0, -1.2f);
-    glRotatef(-pedal_up, 1, 0, 0);
+    glRotatef(-k.pedal_up, 1, 0, 0);
     part.pedal->drawlist();
     glPopMatrix();
+}
 
-    if (!ownview) {
-        glPushMatrix();
-        glTranslatef(-s.wheeltrack, 0, 0);
-        glRotatef(-lrw_ax, 1, 0, 0);
-        part.rearwheel->drawlist();
-        glPopMatrix();
-        glPushMatrix();
-        glTranslatef(s.wheeltrack, 0, 0);
-        glRotatef(180, 0, 1, 0);
-        glRotatef(rrw_ax, 1, 0, 0);
-        part.rearwheel->drawlist();
-        glPopMatrix();
-    }
+void drawrearwheels(const sGokart& k, const sPartSet& part) {
+    const sGokartStaticData& s = gokartstaticdata;
+    glPushMatrix();
+    glTranslatef(-s.wheeltrack, 0, 0);
+    glRotatef(-k.lrw_ax, 1, 0, 0);
+    part.rearwheel->drawlist();
+    glPopMatrix();
+    glPushMatrix();
+    glTranslatef(s.wheeltrack, 0, 0);
+    glRotatef(180, 0, 1, 0);
+    glRotatef(k.rrw_ax, 1, 0, 0);
+    part.rearwheel->drawlist();
+    glPopMatrix();
+}
 
+void drawsteeringwheel(const sGokart& k, const sPartSet& part) {
     glPushMatrix();
     glTranslatef(0, 0.4f, -0.85f);
     glRotatef(-50, 1, 0, 0);
-    glRotatef(sw_ay * 1.8f, 0, 0, 1);
+    glRotatef(k.sw_ay * 1.8f, 0, 0, 1);
     part.steeringwheel->drawlist();
     glPopMatrix();
+}
 
+}  // namespace
+
+void sGokart::draw() {
+    if (!inviewG) return;
+    const sPartSet part = partset(inviewDist);
+    // The driver never sees his own helmet or the wheels behind him.
+    const bool ownview = ID == config.gokartfocus && camera.mode == CAMERA_DRIVER;
+
+    glPushMatrix();
+    glTranslatef(px, gokartstaticdata.wheelradius, pz);
+    glRotatef(ay, 0, 1, 0);
+    drawbody(*this, part);
+    glColor3f(1, 1, 1);
+    if (!ownview) drawhead(*this, part);
+    drawarms(*this, part);
+    glColor3f(1, 1, 1);
+    part.chasis->drawlist();
+    drawfrontwheels(*this, part);
+    drawpedals(*this, part);
+    if (!ownview) drawrearwheels(*this, part);
+    drawsteeringwheel(*this, part);
     glPopMatrix();
 }
+
+// ---- Head-up display ----
 
 void sGokart::drawhud() {
     const float h = 0.09049479f;
@@ -997,43 +1246,7 @@ void sGokart::drawhud() {
     glPopMatrix();
 }
 
-// ---- Skid marks and shadows ----
-
-void sGokart::drawslides() {
-    const unsigned int n = config.nslides;
-    const sSlide* rings[4] = {lfSlide, rfSlide, lrSlide, rrSlide};
-    glDisable(GL_DEPTH_TEST);
-    glEnable(GL_TEXTURE_2D);
-    glBindTexture(GL_TEXTURE_2D, gokartstaticdata.skidTexture);
-    glEnable(GL_BLEND);
-    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-    glBegin(GL_QUADS);
-    for (unsigned int i = 0; i < n; i++) {
-        // The slot being written holds only half a quad.
-        if (i == CURRENTslide) continue;
-        for (const sSlide* ring : rings) {
-            const sSlide& m = ring[i];
-            // Faded out at both ends (or never laid): blended at no opacity
-            // it would leave every pixel as it was, and most of the ring is
-            // like that for most of a race.
-            if (m.a[0] <= 0 && m.a[1] <= 0) continue;
-            glColor4f(1, 1, 1, m.a[0]);
-            glTexCoord2f(0, 0);
-            glVertex3f(m.x[0], 0, m.z[0]);
-            glTexCoord2f(1, 0);
-            glVertex3f(m.x[1], 0, m.z[1]);
-            glColor4f(1, 1, 1, m.a[1]);
-            glTexCoord2f(1, 1);
-            glVertex3f(m.x[2], 0, m.z[2]);
-            glTexCoord2f(0, 1);
-            glVertex3f(m.x[3], 0, m.z[3]);
-        }
-    }
-    glEnd();
-    glDisable(GL_BLEND);
-    glDisable(GL_TEXTURE_2D);
-    glEnable(GL_DEPTH_TEST);
-}
+// ---- Shadows ----
 
 namespace {
 

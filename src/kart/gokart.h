@@ -57,56 +57,78 @@ struct sSlide {
 };
 
 struct sGokart {
-    unsigned char ID;
-    unsigned char lap;
-    unsigned char checkpoint;
-    bool aidriver;
-    bool kLEFT, kRIGHT, kUP, kDOWN;
-    bool thislapcounted;
-    time_t lapstart;
-    float laptime[GOKART_NLAPTIMES];
-    float currentlaptime;
-    unsigned char R, G, B;
+    unsigned char ID;                 // place in gokart[]; 0 is player one
+    unsigned char lap;                // laps begun; 0 before the line is first crossed
+    unsigned char checkpoint;         // the last barrier pair reached in order
+    bool aidriver;                    // the computer drives this kart
+    bool kLEFT, kRIGHT, kUP, kDOWN;   // this frame's commands, from the keys or the computer driver
+    bool thislapcounted;              // the pass over the line now behind us has counted its lap
+    time_t lapstart;                  // clock at the start of this lap
+    float laptime[GOKART_NLAPTIMES];  // seconds; entry n holds lap n
+    float currentlaptime;             // seconds into this lap; -0.00123 before the first
+    unsigned char R, G, B;            // colour of the plastic
     float px, pz;
-    float ay;
-    float may;
-    float sw_ay;
-    float slidediff;
-    float lfw_ax, rfw_ax;
-    float lfw_ay, rfw_ay;
-    float lrw_ax, rrw_ax;
-    float ups;
-    float pedal_up;
-    float pedal_down;
-    float head_ax, head_axs, head_viewax;
+    float ay;                         // heading, degrees; 0 looks along -z
+    float may;                        // direction of travel, degrees; trails ay in a slide
+    float sw_ay;                      // steering wheel: degrees of heading per unit travelled, + to the left
+    float slidediff;                  // the slide: how far may trails ay, degrees, at most 50
+    float lfw_ax, rfw_ax;             // front wheels' spin, degrees
+    float lfw_ay, rfw_ay;             // front wheels' steer, degrees
+    float lrw_ax, rrw_ax;             // rear wheels' spin, degrees
+    float ups;                        // speed along the travel direction, units per second
+    float pedal_up;                   // throttle travel, 0..45 degrees
+    float pedal_down;                 // brake travel, 0..45 degrees
+    float head_ax, head_axs, head_viewax;  // driver's nod, degrees; its rate; what the driver's view adds
+    // The arms' pose, worked out as the kart is drawn so the hands hold the
+    // wheel: upper arm's pitch and turn, forearm's pitch and turn, elbow.
     float larmuax, larmuay, larmdax, larmday, larmdpx, larmdpy, larmdpz;
     float rarmuax, rarmuay, rarmdax, rarmday, rarmdpx, rarmdpy, rarmdpz;
-    float colx[8], colz[8];
-    float sensor_x, sensor_z;
-    float opx, opz;
-    float ocosay, osinay;
-    float oaydiff;
+    float colx[8], colz[8];           // the outline's eight corners this frame, closed
+    float sensor_x, sensor_z;         // the point ahead where the checkpoint is looked for
+    float opx, opz;                   // position before the last move
+    float ocosay, osinay;             // cosine and sine of the heading before the last move
+    float oaydiff;                    // the slide of the last move
     // A kart that has never played a sound owns no channel yet; a zero here
     // would claim channel 0, which belongs to whoever started first.
     int CHANNEL_collission = -1, CHANNEL_engine = -1, CHANNEL_tire = -1;
-    time_t last_aimove;
-    bool checkcol;
-    float placementdelay;
-    float placement;
-    bool newSlide;
-    unsigned int CURRENTslide;
-    unsigned int skill;
-    float DELAYslide;
+    time_t last_aimove;               // clock of the computer driver's last decision
+    bool checkcol;                    // touching other karts is reacted to
+    float placementdelay;             // time before the computer driver picks its line again
+    float placement;                  // line across the road: 0 at the left barrier, 1 at the right
+    bool newSlide;                    // the next skid mark starts a new streak
+    unsigned int CURRENTslide;        // the slot of the skid-mark rings being written
+    unsigned int skill;               // computer driver's level, 0..2
+    float DELAYslide;                 // countdown to the next skid mark; 1 is 1/64 second
     sSlide lfSlide[GOKART_NSLIDES], rfSlide[GOKART_NSLIDES], lrSlide[GOKART_NSLIDES], rrSlide[GOKART_NSLIDES];
-    bool inviewG;
-    bool doshadowmap;
-    float inviewDist;
-    bool col[8];
-    unsigned char colg;
+    bool inviewG;                     // the eye sees this kart this frame
+    bool doshadowmap;                 // the blob under it stands in for its shadow
+    float inviewDist;                 // distance from the eye, for the level of detail
+    bool col[8];                      // which outline edges touched a kart or a barrier
+    unsigned char colg;               // the kart touched; ID when none
 
     void init(unsigned char ID);
+    // One frame of driving: the steps below, in this order.
     void move();
+    unsigned int countlaps();  // the checkpoint reached
+    void placeonroad(unsigned int checkpoint);
+    float playengine();  // the loudness divisor of this kart's sounds; 0 without sound
+    void steer();
+    void pedal();
+    void touchkarts(float loudness);
+    void touchbarriers(float loudness);
+    void turnandslide(float step, float ay0, float loudness);
+    void advance(float step, float ay0);
+    // After the move: the centre back on the circuit, and no point of the
+    // outline more than 0.10 past a barrier line.
     void staybehindbarriers();
+    void keepcentre();
+    void keepoutline();
+    void turnwheels(float step);
+    void wrapangles();
+    void nodhead(float ups0);
+    bool followedhuman() const;
+    void playcollision(float loudness);
+
     void colide();
     unsigned char colgokart(float x1, float z1, float x2, float z2);
     unsigned int getcheckpoint();

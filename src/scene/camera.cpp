@@ -90,109 +90,138 @@ void sCamera::transform() {
 }
 
 void sCamera::follow(sCamera target, const sGokart& kart) {
-    const float fps = performance.fps;
     float f = 0;
-    if (mode == CAMERA_FREE) {
-        float s = 5 / fps;
-        float sy = sinf(ay / DEGREES), cy = cosf(ay / DEGREES);
-        if (keyboard.key['w']) {
-            px -= sy * s;
-            pz -= cy * s;
-        } else if (keyboard.key['s']) {
-            px += sy * s;
-            pz += cy * s;
-        }
-        if (keyboard.key['a']) {
-            px -= cy * s;
-            pz += sy * s;
-        } else if (keyboard.key['d']) {
-            px += cy * s;
-            pz -= sy * s;
-        }
-        if (keyboard.key['r'])
-            py += 2 / fps;
-        else if (keyboard.key['f'])
-            py -= 2 / fps;
-        ax -= (float)mouse.deltay * 0.05f;
-        ay -= (float)mouse.deltax * 0.05f;
-        az = 0;
-    } else if (mode == CAMERA_HIGH) {
-        target.px = px + (kart.px - px) * 0.1f;
-        target.pz = pz + (kart.pz - pz) * 0.1f;
-        target.py = 3.0f;
-        float h = sqrtf((kart.px - px) * (kart.px - px) + (kart.pz - pz) * (kart.pz - pz));
-        // The odd constant keeps the quotient off zero when the eye is right above.
-        target.ax = atanf((h + 0.123456789f) / py) * DEGREES - 90;
-        // Level with the kart the heading would divide by zero.
-        if (target.pz == kart.pz) pz += 0.123456789f;
-        target.ay = cameraheading(kart.px, kart.pz, px, pz);
-        target.az = 0;
-        f = 5 / fps;
-    } else if (mode == CAMERA_CHASE) {
-        target.px = kart.px + 2 * sinf(kart.ay / DEGREES);
-        target.py = 1.5f;
-        target.pz = kart.pz + 2 * cosf(kart.ay / DEGREES);
-        target.ax = -15;
-        target.ay = kart.ay;
-        target.az = 0;
-        f = 10 / fps;
-    } else if (mode == CAMERA_DRIVER) {
-        px = kart.px - 0.37f * sinf(kart.ay / DEGREES);
-        py = 0.8f;
-        pz = kart.pz - 0.37f * cosf(kart.ay / DEGREES);
-        ay = kart.ay + camera_lag / 10 + kart.sw_ay / 2;
-        az = -kart.sw_ay * kart.ups / 50;
-        // The driver's head sways the more, the faster and the more sideways the kart goes.
-        float k = (fabsf(kart.ups) + 0.1f) / 50 * kart.slidediff / fps;
-        if (rand() % 2 == 1 && camera_lag < 0.125f)
-            camera_lag += k;
-        else if (camera_lag > -0.125f)
-            camera_lag -= k;
-        if (camera_lag > 0.125f) camera_lag = 0.125f;
-        if (camera_lag < -0.125f) camera_lag = -0.125f;
-        ax = kart.head_viewax + kart.head_ax - 15 + camera_lag;
-    } else if (mode == CAMERA_TRACKSIDE) {
-        unsigned int n = track.nCpoints < TRACK_MAXPOINTS ? track.nCpoints : TRACK_MAXPOINTS;
-        unsigned int nearest = 0;
-        float best = 99.0f;
-        for (unsigned int i = 0; i < n; i++) {
-            float dx = track.Cpoint[i].x - kart.px, dz = track.Cpoint[i].z - kart.pz;
-            float d = sqrtf(dx * dx + dz * dz);
-            if (d < best) {
-                best = d;
-                nearest = i;
-            }
-        }
-        px = track.Cpoint[nearest].x;
-        py = 1.25f;
-        pz = track.Cpoint[nearest].z;
-        float h = sqrtf((kart.px - px) * (kart.px - px) + (kart.pz - pz) * (kart.pz - pz));
-        ax = atanf(h / 1.25f) * DEGREES - 90;
-        ay = cameraheading(kart.px, kart.pz, px, pz);
-        az = 0;
-    }
+    if (mode == CAMERA_FREE)
+        flyfree();
+    else if (mode == CAMERA_HIGH)
+        f = aimhigh(target, kart);
+    else if (mode == CAMERA_CHASE)
+        f = aimchase(target, kart);
+    else if (mode == CAMERA_DRIVER)
+        sitindriver(kart);
+    else if (mode == CAMERA_TRACKSIDE)
+        standtrackside(kart);
+    ease(target, f);
+    wrapangles();
+}
 
+// Keys move the free eye, the mouse turns it.
+void sCamera::flyfree() {
+    const float fps = performance.fps;
+    float s = 5 / fps;
+    float sy = sinf(ay / DEGREES), cy = cosf(ay / DEGREES);
+    if (keyboard.key['w']) {
+        px -= sy * s;
+        pz -= cy * s;
+    } else if (keyboard.key['s']) {
+        px += sy * s;
+        pz += cy * s;
+    }
+    if (keyboard.key['a']) {
+        px -= cy * s;
+        pz += sy * s;
+    } else if (keyboard.key['d']) {
+        px += cy * s;
+        pz -= sy * s;
+    }
+    if (keyboard.key['r'])
+        py += 2 / fps;
+    else if (keyboard.key['f'])
+        py -= 2 / fps;
+    ax -= (float)mouse.deltay * 0.05f;
+    ay -= (float)mouse.deltax * 0.05f;
+    az = 0;
+}
+
+// High above, drifting after the kart and looking down at it.
+float sCamera::aimhigh(sCamera& target, const sGokart& kart) {
+    target.px = px + (kart.px - px) * 0.1f;
+    target.pz = pz + (kart.pz - pz) * 0.1f;
+    target.py = 3.0f;
+    float h = sqrtf((kart.px - px) * (kart.px - px) + (kart.pz - pz) * (kart.pz - pz));
+    // The odd constant keeps the quotient off zero when the eye is right above.
+    target.ax = atanf((h + 0.123456789f) / py) * DEGREES - 90;
+    // Level with the kart the heading would divide by zero.
+    if (target.pz == kart.pz) pz += 0.123456789f;
+    target.ay = cameraheading(kart.px, kart.pz, px, pz);
+    target.az = 0;
+    return 5 / performance.fps;
+}
+
+// Two units behind the kart and a little above, looking where it looks.
+float sCamera::aimchase(sCamera& target, const sGokart& kart) {
+    target.px = kart.px + 2 * sinf(kart.ay / DEGREES);
+    target.py = 1.5f;
+    target.pz = kart.pz + 2 * cosf(kart.ay / DEGREES);
+    target.ax = -15;
+    target.ay = kart.ay;
+    target.az = 0;
+    return 10 / performance.fps;
+}
+
+void sCamera::sitindriver(const sGokart& kart) {
+    px = kart.px - 0.37f * sinf(kart.ay / DEGREES);
+    py = 0.8f;
+    pz = kart.pz - 0.37f * cosf(kart.ay / DEGREES);
+    ay = kart.ay + camera_lag / 10 + kart.sw_ay / 2;
+    az = -kart.sw_ay * kart.ups / 50;
+    // The driver's head sways the more, the faster and the more sideways the kart goes.
+    float k = (fabsf(kart.ups) + 0.1f) / 50 * kart.slidediff / performance.fps;
+    if (rand() % 2 == 1 && camera_lag < 0.125f)
+        camera_lag += k;
+    else if (camera_lag > -0.125f)
+        camera_lag -= k;
+    if (camera_lag > 0.125f) camera_lag = 0.125f;
+    if (camera_lag < -0.125f) camera_lag = -0.125f;
+    ax = kart.head_viewax + kart.head_ax - 15 + camera_lag;
+}
+
+// On the centre point nearest the kart, at head height, watching it go by.
+void sCamera::standtrackside(const sGokart& kart) {
+    unsigned int n = track.nCpoints < TRACK_MAXPOINTS ? track.nCpoints : TRACK_MAXPOINTS;
+    unsigned int nearest = 0;
+    float best = 99.0f;
+    for (unsigned int i = 0; i < n; i++) {
+        float dx = track.Cpoint[i].x - kart.px, dz = track.Cpoint[i].z - kart.pz;
+        float d = sqrtf(dx * dx + dz * dz);
+        if (d < best) {
+            best = d;
+            nearest = i;
+        }
+    }
+    px = track.Cpoint[nearest].x;
+    py = 1.25f;
+    pz = track.Cpoint[nearest].z;
+    float h = sqrtf((kart.px - px) * (kart.px - px) + (kart.pz - pz) * (kart.pz - pz));
+    ax = atanf(h / 1.25f) * DEGREES - 90;
+    ay = cameraheading(kart.px, kart.pz, px, pz);
+    az = 0;
+}
+
+// The eased views move the part f of the way towards their target.
+void sCamera::ease(const sCamera& target, float f) {
     // A slow frame (the first of a race follows the long one that set it up)
     // would push the easing past its target and fling the eye about: one
     // frame never takes it further than the target.
     if (f > 1) f = 1;
-    if (f != 0) {
-        px += (target.px - px) * f;
-        py += (target.py - py) * f;
-        pz += (target.pz - pz) * f;
-        ax += (target.ax - ax) * f;
-        az += (target.az - az) * f;
-        // Turn the short way round.
-        float d = target.ay - ay;
-        if (d < -180)
-            ay += (d + 360) * f;
-        else if (d > 180)
-            ay += (d - 360) * f;
-        else
-            ay += d * f;
-    }
+    if (f == 0) return;
+    px += (target.px - px) * f;
+    py += (target.py - py) * f;
+    pz += (target.pz - pz) * f;
+    ax += (target.ax - ax) * f;
+    az += (target.az - az) * f;
+    // Turn the short way round.
+    float d = target.ay - ay;
+    if (d < -180)
+        ay += (d + 360) * f;
+    else if (d > 180)
+        ay += (d - 360) * f;
+    else
+        ay += d * f;
+}
 
-    // One correction only: the steps are small enough never to need two.
+// One correction only: the steps are small enough never to need two.
+void sCamera::wrapangles() {
     if (ax >= 180)
         ax -= 360;
     else if (ax < -180)

@@ -38,6 +38,15 @@ struct sCamera {
     // camera as it was when the frame began; the eased modes move part of the
     // way from here towards where the mode wants the eye.
     void follow(sCamera target, const sGokart& kart);
+    // The views' own placings, used by follow. The eased ones set the target
+    // and say what part of the way towards it this frame goes.
+    void flyfree();
+    float aimhigh(sCamera& target, const sGokart& kart);
+    float aimchase(sCamera& target, const sGokart& kart);
+    void sitindriver(const sGokart& kart);
+    void standtrackside(const sGokart& kart);
+    void ease(const sCamera& target, float f);
+    void wrapangles();
 };
 
 extern sCamera camera;
