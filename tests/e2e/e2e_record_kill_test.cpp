@@ -65,6 +65,7 @@ TEST(E2eRecordKill, KilledASecondAfterNewRecordTheNextStartHasTheRecordAndTheGho
             announced = waitFor([] { return race::newRecord(grab()); }, 90, 0.05);
         }
         ASSERT_TRUE(announced) << "no NEW RECORD! after a lap";
+        if (const char* keep = getenv("BV_E2E_PICTURES")) grab().save(std::string(keep) + "/announced.ppm");
         rest(1.0);
         ASSERT_EQ(kill(game.process().pid(), SIGKILL), 0);
         game.process().wait(10);
