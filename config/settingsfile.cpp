@@ -12,43 +12,6 @@ namespace bvset {
 
 namespace {
 
-const char* const kOnOff[] = {"off", "on"};
-
-std::array<Setting, kCount> makeSettings() {
-    auto onoff = std::vector<const char*>(kOnOff, kOnOff + 2);
-    // The labels are those of the shipped sample file, so that saving the
-    // shipped values gives back the shipped file.
-    return {{
-        {"resolution", "resolution(0=640x480,1=800x600,2=1024x768,3=1152x864,4=1280x960,5=1600x1200)",
-         "Screen resolution", Kind::Choice, 0, 5, 2,
-         {"640x480", "800x600", "1024x768", "1152x864", "1280x960", "1600x1200"}, "", nullptr},
-        {"colourdepth", "colourdepth(0=16bit,1=32bit)", "Colour depth", Kind::Choice, 0, 1, 1,
-         {"16 bits", "32 bits"}, "", nullptr},
-        {"viewdistance", "viewdistance(0=short,1=medium,2=long,3=full)", "View distance", Kind::Choice, 0, 3, 3,
-         {"short", "medium", "long", "full"}, "", "How far ahead the track is drawn."},
-        {"detail", "detail(0=low,1=medium,2=high)", "Detail level", Kind::Choice, 0, 2, 2,
-         {"low", "medium", "high"}, "", nullptr},
-        {"kartshadows", "kartshadows(0=off,1=blobs,2=simple,3=full)", "Kart shadows", Kind::Choice, 0, 3, 3,
-         {"off", "blobs", "simple", "full"}, "", nullptr},
-        {"trackshadows", "trackshadows(0=off,1=on)", "Track shadows", Kind::Switch, 0, 1, 1, onoff, "", nullptr},
-        {"soundeffects", "soundeffects(0=off,1=on)", "Sound effects", Kind::Switch, 0, 1, 1, onoff, "", nullptr},
-        {"soundvolume", "soundvolume(percent)", "Sound effects volume", Kind::Range, 0, 100, 100, {}, "%", nullptr},
-        {"music", "music(0=off,1=on)", "Music", Kind::Switch, 0, 1, 1, onoff, "", nullptr},
-        {"musicvolume", "musicvolume(percent)", "Music volume", Kind::Range, 0, 100, 80, {}, "%", nullptr},
-        {"brightness", "brightness(0-100)", "Brightness", Kind::Range, 0, 100, 0, {}, "",
-         "Lightens the whole picture; 0 leaves it as drawn."},
-        {"mousesteering", "mousesteering(0=off,1=on;the_arrow_keys_steer_only_when_off)", "Mouse steering",
-         Kind::Switch, 0, 1, 0, onoff, "",
-         "With mouse steering on, the arrow keys no longer steer kart 1: steer with the mouse."},
-        {"mousesensitivity", "mousesensitivity", "Mouse sensitivity", Kind::Range, 1, 20, 4, {}, "",
-         "How far a mouse movement turns the wheel."},
-        {"joysticksteering", "joysticksteering(0=off,1=on)", "Joystick steering", Kind::Switch, 0, 1, 0, onoff, "",
-         nullptr},
-        {"lensflare", "lensflare(0=off,1=on)", "Lens flare", Kind::Switch, 0, 1, 1, onoff, "", nullptr},
-        {"skidmarks", "skidmarks(0=off,1=on)", "Skid marks", Kind::Switch, 0, 1, 1, onoff, "", nullptr},
-    }};
-}
-
 bool parseInt(const std::string& text, int* out) {
     if (text.empty()) return false;
     errno = 0;
@@ -62,8 +25,7 @@ bool parseInt(const std::string& text, int* out) {
 }  // namespace
 
 const std::array<Setting, kCount>& settings() {
-    static const std::array<Setting, kCount> all = makeSettings();
-    return all;
+    return bvlines::kLines;
 }
 
 int find(const std::string& name) {
@@ -141,15 +103,15 @@ bool parseAssignment(const std::string& text, int* index, int* value, std::strin
     const Setting& s = settings()[i];
     int v = 0;
     bool named = false;
-    for (size_t k = 0; k < s.steps.size(); k++)
+    for (int k = 0; k < nsteps(s); k++)
         if (word == s.steps[k]) {
-            v = s.min + (int)k;
+            v = s.min + k;
             named = true;
         }
     // The depth also answers to "16" and "32".
-    for (size_t k = 0; !named && k < s.steps.size(); k++)
+    for (int k = 0; !named && k < nsteps(s); k++)
         if (word + " bits" == s.steps[k]) {
-            v = s.min + (int)k;
+            v = s.min + k;
             named = true;
         }
     if (!named && !parseInt(word, &v)) {

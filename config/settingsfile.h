@@ -7,29 +7,16 @@
 
 #include <array>
 #include <string>
-#include <vector>
+
+#include "shell/settingslines.h"
 
 namespace bvset {
 
-const int kCount = 16;
+const int kCount = bvlines::kCount;
 
-enum class Kind {
-    Choice,  // one of a few named steps, stored as the step's index
-    Switch,  // 0 off, 1 on
-    Range,   // a number between min and max
-};
-
-struct Setting {
-    const char* name;   // as typed after --set, e.g. "soundvolume"
-    const char* label;  // the word written in the file (the game ignores it)
-    const char* title;  // what the window calls it
-    Kind kind;
-    int min, max;
-    int fallback;                     // the shipped value
-    std::vector<const char*> steps;   // names of the steps of a Choice
-    const char* unit;                 // after a Range value, e.g. "%"
-    const char* hint;                 // a sentence for the window, or nullptr
-};
+using Kind = bvlines::Kind;
+using Setting = bvlines::Line;
+using bvlines::nsteps;
 
 // The sixteen settings in the order the game reads them.
 const std::array<Setting, kCount>& settings();

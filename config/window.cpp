@@ -4,6 +4,8 @@
 
 #include <array>
 #include <cstdio>
+#include <string>
+#include <vector>
 
 #include "settingsfile.h"
 
@@ -104,7 +106,7 @@ GtkWidget* makeWidget(int i, int value) {
     switch (s.kind) {
     case Kind::Choice:
         w = gtk_combo_box_text_new();
-        for (const char* step : s.steps) gtk_combo_box_text_append_text(GTK_COMBO_BOX_TEXT(w), step);
+        for (int k = 0; k < bvset::nsteps(s); k++) gtk_combo_box_text_append_text(GTK_COMBO_BOX_TEXT(w), s.steps[k]);
         gtk_combo_box_set_active(GTK_COMBO_BOX(w), value - s.min);
         gtk_widget_set_halign(w, GTK_ALIGN_START);
         break;
@@ -146,7 +148,9 @@ struct Section {
     std::vector<int> settings;
 };
 
-void activate(App& app, const bvset::ReadResult& read) {
+// The window, its keys, and the status line at its top; returns the box the
+// rest goes into.
+GtkWidget* makeWindow(App& app) {
     app.window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
     gtk_window_set_title(GTK_WINDOW(app.window), "Brontevalle configuration");
     gtk_window_set_icon_name(GTK_WINDOW(app.window), "brontevalle");
@@ -163,7 +167,34 @@ void activate(App& app, const bvset::ReadResult& read) {
     gtk_label_set_max_width_chars(GTK_LABEL(app.status), 70);
     gtk_label_set_xalign(GTK_LABEL(app.status), 0);
     gtk_box_pack_start(GTK_BOX(outer), app.status, FALSE, FALSE, 0);
+    return outer;
+}
 
+// One setting's row: its title, its widget and, below them, its hint.
+void addSetting(App& app, GtkWidget* grid, int* row, int i, int value) {
+    const bvset::Setting& s = bvset::settings()[i];
+    GtkWidget* label = gtk_label_new_with_mnemonic(kMnemonics[i]);
+    gtk_label_set_xalign(GTK_LABEL(label), 0);
+    gtk_widget_set_margin_start(label, 12);
+    GtkWidget* w = makeWidget(i, value);
+    gtk_label_set_mnemonic_widget(GTK_LABEL(label), w);
+    app.widgets[i] = w;
+    gtk_grid_attach(GTK_GRID(grid), label, 0, *row, 1, 1);
+    gtk_grid_attach(GTK_GRID(grid), w, 1, (*row)++, 1, 1);
+    if (s.kind == Kind::Switch) g_signal_connect(w, "notify::active", G_CALLBACK(onSwitch), &app);
+    if (s.hint) {
+        GtkWidget* hint = gtk_label_new(s.hint);
+        gtk_label_set_line_wrap(GTK_LABEL(hint), TRUE);
+        gtk_label_set_max_width_chars(GTK_LABEL(hint), 36);
+        gtk_label_set_xalign(GTK_LABEL(hint), 0);
+        gtk_widget_set_margin_start(hint, 12);
+        gtk_style_context_add_class(gtk_widget_get_style_context(hint), "dim-label");
+        gtk_grid_attach(GTK_GRID(grid), hint, 0, (*row)++, 2, 1);
+    }
+}
+
+// The settings in two columns of headed sections.
+void addSettings(App& app, GtkWidget* outer, const bvset::ReadResult& read) {
     GtkWidget* columns = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 24);
     gtk_box_pack_start(GTK_BOX(outer), columns, TRUE, TRUE, 0);
     const std::vector<std::vector<Section>> layout = {
@@ -184,30 +215,13 @@ void activate(App& app, const bvset::ReadResult& read) {
             gtk_label_set_xalign(GTK_LABEL(heading), 0);
             if (row > 0) gtk_widget_set_margin_top(heading, 12);
             gtk_grid_attach(GTK_GRID(grid), heading, 0, row++, 2, 1);
-            for (int i : section.settings) {
-                const bvset::Setting& s = bvset::settings()[i];
-                GtkWidget* label = gtk_label_new_with_mnemonic(kMnemonics[i]);
-                gtk_label_set_xalign(GTK_LABEL(label), 0);
-                gtk_widget_set_margin_start(label, 12);
-                GtkWidget* w = makeWidget(i, bvset::normalised(i, read.values[i]));
-                gtk_label_set_mnemonic_widget(GTK_LABEL(label), w);
-                app.widgets[i] = w;
-                gtk_grid_attach(GTK_GRID(grid), label, 0, row, 1, 1);
-                gtk_grid_attach(GTK_GRID(grid), w, 1, row++, 1, 1);
-                if (s.kind == Kind::Switch) g_signal_connect(w, "notify::active", G_CALLBACK(onSwitch), &app);
-                if (s.hint) {
-                    GtkWidget* hint = gtk_label_new(s.hint);
-                    gtk_label_set_line_wrap(GTK_LABEL(hint), TRUE);
-                    gtk_label_set_max_width_chars(GTK_LABEL(hint), 36);
-                    gtk_label_set_xalign(GTK_LABEL(hint), 0);
-                    gtk_widget_set_margin_start(hint, 12);
-                    gtk_style_context_add_class(gtk_widget_get_style_context(hint), "dim-label");
-                    gtk_grid_attach(GTK_GRID(grid), hint, 0, row++, 2, 1);
-                }
-            }
+            for (int i : section.settings) addSetting(app, grid, &row, i, bvset::normalised(i, read.values[i]));
         }
     }
+}
 
+// Which file is edited, dimmed, under the settings.
+void addFileLine(App& app, GtkWidget* outer) {
     GtkWidget* where = gtk_label_new(nullptr);
     std::string text = "Settings file: " + app.file;
     gtk_label_set_text(GTK_LABEL(where), text.c_str());
@@ -215,7 +229,9 @@ void activate(App& app, const bvset::ReadResult& read) {
     gtk_label_set_ellipsize(GTK_LABEL(where), PANGO_ELLIPSIZE_START);
     gtk_style_context_add_class(gtk_widget_get_style_context(where), "dim-label");
     gtk_box_pack_start(GTK_BOX(outer), where, FALSE, FALSE, 0);
+}
 
+void addButtons(App& app, GtkWidget* outer) {
     GtkWidget* buttons = gtk_button_box_new(GTK_ORIENTATION_HORIZONTAL);
     gtk_button_box_set_layout(GTK_BUTTON_BOX(buttons), GTK_BUTTONBOX_END);
     gtk_box_set_spacing(GTK_BOX(buttons), 8);
@@ -233,28 +249,37 @@ void activate(App& app, const bvset::ReadResult& read) {
     g_signal_connect(cancel, "clicked", G_CALLBACK(onCancel), &app);
     g_signal_connect(saveButton, "clicked", G_CALLBACK(onSave), &app);
     g_signal_connect(play, "clicked", G_CALLBACK(onPlay), &app);
+}
 
-    gtk_widget_show_all(app.window);
-    updateDependents(app);
-
+// What the status line says about the file as it was read.
+void noteHowTheFileRead(App& app, const bvset::ReadResult& read) {
     if (!read.ok) {
         fprintf(stderr, "brontevalle-config: cannot read %s; the shipped settings are offered\n", read.error.c_str());
         setStatus(app, "Could not read the settings file (" + read.error +
                            "). The shipped settings are shown; Save writes them.", true);
-    } else {
-        std::string note;
-        if (read.entries < bvset::kCount)
-            note = "The settings file holds only " + std::to_string(read.entries) + " of the " +
-                   std::to_string(bvset::kCount) + " settings; the rest are shown as the game reads them.";
-        std::string odd;
-        for (int i = 0; i < bvset::kCount; i++)
-            if (!bvset::inRange(i, read.values[i]))
-                odd += std::string(odd.empty() ? "" : ", ") + bvset::settings()[i].name;
-        if (!odd.empty())
-            note += std::string(note.empty() ? "" : " ") + "Values outside the usual range (" + odd +
-                    ") are shown as the game uses them.";
-        setStatus(app, note, false);
+        return;
     }
+    std::string note;
+    if (read.entries < bvset::kCount)
+        note = "The settings file holds only " + std::to_string(read.entries) + " of the " +
+               std::to_string(bvset::kCount) + " settings; the rest are shown as the game reads them.";
+    std::string odd;
+    for (int i = 0; i < bvset::kCount; i++)
+        if (!bvset::inRange(i, read.values[i])) odd += std::string(odd.empty() ? "" : ", ") + bvset::settings()[i].name;
+    if (!odd.empty())
+        note += std::string(note.empty() ? "" : " ") + "Values outside the usual range (" + odd +
+                ") are shown as the game uses them.";
+    setStatus(app, note, false);
+}
+
+void activate(App& app, const bvset::ReadResult& read) {
+    GtkWidget* outer = makeWindow(app);
+    addSettings(app, outer, read);
+    addFileLine(app, outer);
+    addButtons(app, outer);
+    gtk_widget_show_all(app.window);
+    updateDependents(app);
+    noteHowTheFileRead(app, read);
     gtk_widget_grab_focus(app.widgets[0]);
 }
 

@@ -55,16 +55,32 @@ TEST(Blackbox, FailedTaskTurnsTheVerdict) {
 TEST(Blackbox, ConsoleTaskNeverTurnsTheVerdictNorBecomesLastTask) {
     ScratchDir dir;
     blackbox.init("Data/blackbox.bvd", false);
-    EXPECT_EQ(blackbox.last_task, nullptr);
+    EXPECT_STREQ(blackbox.last_task, "");
     const char* text = "Initializing video mode";
     blackbox.task(text, true);
     blackbox.consoletask("SET nosuchvariable 3", false);
     EXPECT_TRUE(blackbox.status);
-    EXPECT_EQ(blackbox.last_task, text);
+    EXPECT_STREQ(blackbox.last_task, text);
     blackbox.free();
     std::vector<std::string> l = lines(readFile("Data/blackbox.bvd"));
     EXPECT_EQ(l[3], "SET nosuchvariable 3 [  ]");
     EXPECT_EQ(l[4], " everything went smooth! :)");
+}
+
+TEST(Blackbox, TheLastTaskOutlivesTheCallersText) {
+    ScratchDir dir;
+    blackbox.init("Data/blackbox.bvd", false);
+    {
+        std::string text = "Loading texture f : Data/GUI/gone.tga";
+        blackbox.task(text.c_str(), false);
+        text.assign(text.size(), 'x');
+    }
+    EXPECT_STREQ(blackbox.last_task, "Loading texture f : Data/GUI/gone.tga");
+    std::string longer(400, 'L');
+    blackbox.task(longer.c_str(), true);
+    EXPECT_EQ(std::string(blackbox.last_task), longer.substr(0, sizeof blackbox.last_task - 1));
+    blackbox.init("Data/blackbox.bvd", false);
+    EXPECT_STREQ(blackbox.last_task, "");
 }
 
 TEST(Blackbox, SecondRunDiscardsTheFirst) {

@@ -12,6 +12,7 @@
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 #include "shell/performance.h"
+#include "shell/safesave.h"
 #include "support/bvtest.h"
 #include "track/track.h"
 
@@ -198,6 +199,27 @@ TEST_F(Highscore, TheAnnouncementLastsThreeSeconds) {
     float left = highscore.thisnewrecorddelay;
     highscore.dispifnewrecord();
     EXPECT_EQ(highscore.thisnewrecorddelay, left);
+}
+
+TEST_F(Highscore, ALapThatEntersTheTableIsOnDiskWithoutWaitingForTheTrackToChange) {
+    recording(40);
+    lap(0, 50.0f);
+    lap(3, 60.0f);
+    finishsaves();
+    std::vector<std::string> l = bvtest::lines(bvtest::readFile("Data/Highscore/oval.txt"));
+    ASSERT_EQ(l.size(), 10u);
+    EXPECT_EQ(l[0], "ANNA 50.000000");
+    EXPECT_EQ(l[1], "CPU 60.000000");
+    EXPECT_EQ(bvtest::lines(bvtest::readFile("Data/Ghosts/oval.txt")).size(), 1u + 3 * 40);
+}
+
+TEST_F(Highscore, ASaveTheWriterCouldNotMakeIsLoggedAsAFailure) {
+    std::filesystem::remove_all("Data/Highscore");
+    lap(0, 50.0f);
+    finishsaves();
+    EXPECT_NE(bvtest::readFile("Data/blackbox.bvd").find("Saving Data/Highscore/oval.txt [  ]"), std::string::npos);
+    EXPECT_FALSE(blackbox.status);
+    EXPECT_TRUE(bvtest::fileExists("Data/Ghosts/oval.txt"));
 }
 
 }  // namespace

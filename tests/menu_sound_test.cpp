@@ -5,13 +5,18 @@
 #include <gtest/gtest.h>
 
 #include <SDL/SDL.h>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstring>
 #include <filesystem>
 #include <string>
+#include <thread>
 
 #include "audio/fsound.h"
+#include "frontend/highscore.h"
 #include "frontend/menu.h"
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
@@ -127,6 +132,41 @@ TEST_F(MenuSound, HoverSoundOnlyWhenComingFromEmptySpace) {
     at(menu.opponentsDecB.x, menu.opponentsDecB.y);
     frame();
     EXPECT_EQ(playing(), 1);
+}
+
+TEST_F(MenuSound, TheTrackArrowClicksBeforeTheNewTrackLoads) {
+    std::filesystem::create_directories("Data/Highscore");
+    std::filesystem::create_directories("Data/Ghosts");
+    track.ntracks = 2;
+    strcpy(track.trackname[1], "bravo");
+    config.track = 0;
+    // The new track's record table is a pipe: loading it waits until the pipe
+    // is opened at our end, and that is when we listen.
+    ASSERT_EQ(mkfifo("Data/Highscore/bravo.txt", 0644), 0);
+    start();
+    at(menu.trackIncB.x, menu.trackIncB.y);
+    frame();  // the hover sound comes and goes
+    FSOUND_StopSound(FSOUND_ALL);
+    std::atomic<int> duringLoad{-1};
+    std::thread table([&duringLoad] {
+        int fd = -1;
+        for (int i = 0; i < 1000 && fd < 0; i++) {
+            fd = open("Data/Highscore/bravo.txt", O_WRONLY | O_NONBLOCK);
+            if (fd < 0) usleep(10000);
+        }
+        if (fd < 0) return;
+        duringLoad = playing();
+        const char text[] = "ZED 12.5\n";
+        EXPECT_EQ(write(fd, text, sizeof text - 1), (ssize_t)(sizeof text - 1));
+        close(fd);
+    });
+    mouse.lb = true;
+    frame();
+    mouse.lb = false;
+    table.join();
+    EXPECT_EQ(config.track, 1u);
+    EXPECT_STREQ(highscore.laprecord_name[0], "ZED");
+    EXPECT_EQ(duringLoad, 1) << "the click waited for the track";
 }
 
 TEST_F(MenuSound, TheMenuTuneWaitsWhileTheStartUpTuneIsPastItsOpening) {

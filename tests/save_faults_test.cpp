@@ -26,6 +26,7 @@
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 #include "shell/performance.h"
+#include "shell/safesave.h"
 #include "support/bvtest.h"
 #include "track/track.h"
 
@@ -206,9 +207,9 @@ TEST_P(SaveFaults, KilledWhileSavingTheFileIsAlwaysOneWholeVersion) {
 INSTANTIATE_TEST_SUITE_P(Files, SaveFaults, ::testing::ValuesIn(kKinds),
                          [](const ::testing::TestParamInfo<Kind>& info) { return std::string(info.param.name); });
 
-// When are the records and the ghost written? Only when the track is released
-// (leaving the game) and when the menu changes track: a new record lives in
-// memory until then, and a game killed with -9 right after it loses it.
+// When are the records and the ghost written? The moment a lap enters the
+// table (and, for a new best lap, becomes the ghost), and again when the track
+// is released: a game killed with -9 right after a new record keeps it.
 class RecordKill : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -243,6 +244,8 @@ protected:
             gokart[0].currentlaptime = 30.0f;
             highscore.checkfornewrecord(0);
             if (strcmp(highscore.laprecord_name[0], "ANNA") != 0 || ghost.nRecs[1] != 30) _exit(3);
+            // The writer thread flushes them to disk within milliseconds.
+            finishsaves();
             after();
             kill(getpid(), SIGKILL);
             _exit(4);
@@ -256,9 +259,48 @@ protected:
     const std::string oldRecords = "BEN 40.000000\nCPU 41.000000\n";
 };
 
-TEST_F(RecordKill, KilledRightAfterANewRecordTheDiskKeepsTheOldTableAndGhost) {
+TEST_F(RecordKill, KilledRightAfterANewRecordTheDiskHoldsTheNewTableAndGhost) {
     recordThenKill([] {});
-    EXPECT_EQ(readFile("Data/Highscore/oval.txt"), oldRecords);
+    std::vector<std::string> l = bvtest::lines(readFile("Data/Highscore/oval.txt"));
+    ASSERT_EQ(l.size(), 10u);
+    EXPECT_EQ(l[0], "ANNA 30.000000");
+    EXPECT_EQ(l[1], "BEN 40.000000");
+    EXPECT_EQ(l[2], "CPU 41.000000");
+    std::vector<std::string> g = bvtest::lines(readFile("Data/Ghosts/oval.txt"));
+    ASSERT_EQ(g.size(), 1u + 3 * 30);
+    EXPECT_EQ(g[0], "30.000000");
+    EXPECT_EQ(g[1], "0.000000");
+    EXPECT_FALSE(fileExists("Data/Highscore/oval.txt.tmp"));
+    EXPECT_FALSE(fileExists("Data/Ghosts/oval.txt.tmp"));
+}
+
+TEST_F(RecordKill, ALapThatOnlyEntersTheTableIsKeptButTheGhostStays) {
+    // 40.5 s: second place, so the table changes and the ghost does not.
+    fflush(nullptr);
+    pid_t pid = fork();
+    ASSERT_GE(pid, 0);
+    if (pid == 0) {
+        blackbox.init("Data/blackbox.bvd", false);
+        config.PATH[0] = 0;
+        strcpy(track.trackname[0], "oval");
+        track.ntracks = 1;
+        config.track = 0;
+        strcpy(config.player1name, "ANNA");
+        highscore.init();
+        ghost.init();
+        gokart[0].currentlaptime = 40.5f;
+        highscore.checkfornewrecord(0);
+        finishsaves();
+        kill(getpid(), SIGKILL);
+        _exit(4);
+    }
+    int status = 0;
+    waitpid(pid, &status, 0);
+    ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
+    std::vector<std::string> l = bvtest::lines(readFile("Data/Highscore/oval.txt"));
+    ASSERT_EQ(l.size(), 10u);
+    EXPECT_EQ(l[0], "BEN 40.000000");
+    EXPECT_EQ(l[1], "ANNA 40.500000");
     EXPECT_EQ(readFile("Data/Ghosts/oval.txt"), "45.000000\n1.000000\n2.000000\n3.000000\n");
 }
 

@@ -235,6 +235,15 @@ TEST_F(SettingsRoundTrip, Resolutions) {
     }
 }
 
+// The program's names of the resolutions are the windows the game opens.
+TEST_F(SettingsRoundTrip, EachResolutionsNameIsTheWindowTheGameOpens) {
+    for (int i = 0; i < 6; i++) {
+        std::string name = bvset::meaning(0, i);
+        set("resolution=" + name);
+        EXPECT_EQ(std::to_string(config.width) + "x" + std::to_string(config.height), name);
+    }
+}
+
 TEST_F(SettingsRoundTrip, DepthAndViewDistance) {
     set("colourdepth=16");
     EXPECT_EQ(config.depth, 16u);

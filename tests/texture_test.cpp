@@ -265,6 +265,42 @@ TEST_F(TextureTest, ScreenshotNumbering) {
     }
 }
 
+TEST_F(TextureTest, ScreenshotPassesOverNumbersWhoseFileExists) {
+    writeFile("Data/Screenshots/shot007.tga", "OLD7");
+    config.nScreenshots = 7;
+    EXPECT_EQ(fsaveTGA(), 1);
+    EXPECT_EQ(readFile("Data/Screenshots/shot007.tga"), "OLD7");
+    EXPECT_TRUE(fileExists("Data/Screenshots/shot008.tga"));
+    EXPECT_EQ(config.nScreenshots, 9u);
+    // A run of taken numbers, and the counting goes on from where it stood.
+    writeFile("Data/Screenshots/shot009.tga", "OLD9");
+    writeFile("Data/Screenshots/shot010.tga", "OLD10");
+    EXPECT_EQ(fsaveTGA(), 1);
+    EXPECT_EQ(readFile("Data/Screenshots/shot009.tga"), "OLD9");
+    EXPECT_EQ(readFile("Data/Screenshots/shot010.tga"), "OLD10");
+    EXPECT_TRUE(fileExists("Data/Screenshots/shot011.tga"));
+    EXPECT_EQ(config.nScreenshots, 12u);
+    // A number below the counter is never gone back to.
+    EXPECT_FALSE(fileExists("Data/Screenshots/shot000.tga"));
+}
+
+TEST_F(TextureTest, ASecondSessionKeepsTheFirstSessionsScreenshots) {
+    glClearColor(0, 0, 1, 1);
+    glClear(GL_COLOR_BUFFER_BIT);
+    config.nScreenshots = 0;
+    EXPECT_EQ(fsaveTGA(), 1);
+    EXPECT_EQ(fsaveTGA(), 1);
+    std::string first = readFile("Data/Screenshots/shot000.tga");
+    config.nScreenshots = 0;  // the next start counts from 0 again
+    glClearColor(1, 0, 0, 1);
+    glClear(GL_COLOR_BUFFER_BIT);
+    EXPECT_EQ(fsaveTGA(), 1);
+    EXPECT_EQ(readFile("Data/Screenshots/shot000.tga"), first);
+    EXPECT_TRUE(fileExists("Data/Screenshots/shot002.tga"));
+    EXPECT_NE(readFile("Data/Screenshots/shot002.tga"), first);
+    EXPECT_EQ(config.nScreenshots, 3u);
+}
+
 TEST_F(TextureTest, ScreenshotWithoutItsFolderFailsButUsesUpItsNumber) {
     std::filesystem::remove_all("Data/Screenshots");
     config.nScreenshots = 0;

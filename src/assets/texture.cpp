@@ -3,6 +3,8 @@
 #include <GL/gl.h>
 #include <GL/glu.h>
 
+#include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -49,13 +51,13 @@ int iloadTextureTGArle(FILE* fptr, unsigned char* data, unsigned int size, unsig
 
 eTGAResult decodeTGA(FILE* fptr, sTGAImage* image) {
     unsigned char compare[12] = {0};
-    unsigned char spec[6] = {0};
+    unsigned char dims[6] = {0};  // width and height, low byte first, then bits per pixel and descriptor
     image->data = nullptr;
     image->width = image->height = image->bpp = image->size = 0;
-    if (fread(compare, 1, 12, fptr) != 12 || fread(spec, 1, 6, fptr) != 6) return TGA_BADHEADER;
-    image->width = spec[0] + 256u * spec[1];
-    image->height = spec[2] + 256u * spec[3];
-    image->bpp = spec[4];
+    if (fread(compare, 1, 12, fptr) != 12 || fread(dims, 1, 6, fptr) != 6) return TGA_BADHEADER;
+    image->width = dims[0] + 256u * dims[1];
+    image->height = dims[2] + 256u * dims[3];
+    image->bpp = dims[4];
     if ((image->bpp != 24 && image->bpp != 32) || image->width == 0 || image->height == 0 ||
         image->width > TGA_MAXSIDE || image->height > TGA_MAXSIDE)
         return TGA_BADHEADER;
@@ -136,21 +138,25 @@ int fsaveTGA() {
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
     glReadPixels(0, 0, width, height, GL_BGR, GL_UNSIGNED_BYTE, pixels);
 
-    char name[64];
-    snprintf(name, sizeof name, "Data/Screenshots/shot%s%s%d.tga", config.nScreenshots <= 99 ? "0" : "",
-             config.nScreenshots <= 9 ? "0" : "", (int)config.nScreenshots);
-    config.nScreenshots++;
-
-    FILE* f = fopen(name, "wb");
+    // Numbers whose file is already there (an earlier session's pictures) are
+    // passed over, never written over: "x" opens only a file that is new.
+    FILE* f = nullptr;
+    do {
+        char name[64];
+        snprintf(name, sizeof name, "Data/Screenshots/shot%s%s%d.tga", config.nScreenshots <= 99 ? "0" : "",
+                 config.nScreenshots <= 9 ? "0" : "", (int)config.nScreenshots);
+        config.nScreenshots++;
+        f = fopen(name, "wbx");
+    } while (!f && errno == EEXIST && config.nScreenshots < (unsigned int)INT_MAX);
     if (!f) {
         blackbox.task("Saving screenshot", true);
         ::free(pixels);
         return 0;
     }
-    unsigned char spec[6] = {(unsigned char)(width % 256), (unsigned char)(width / 256),
+    unsigned char dims[6] = {(unsigned char)(width % 256), (unsigned char)(width / 256),
                              (unsigned char)(height % 256), (unsigned char)(height / 256), 24, 0};
     fwrite(TGAheader, 1, 12, f);
-    fwrite(spec, 1, 6, f);
+    fwrite(dims, 1, 6, f);
     fwrite(pixels, 1, (size_t)width * height * 3, f);
     fclose(f);
     ::free(pixels);

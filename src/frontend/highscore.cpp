@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "assets/font.h"
 #include "kart/gokart.h"
@@ -54,15 +56,23 @@ void sHighscore::checkfornewrecord(unsigned int kart) {
     laprecord_time[p] = t;
     if (kart == 0) {
         snprintf(laprecord_name[p], HIGHSCORE_NAMELENGTH, "%s", config.player1name);
+    } else {
+        strcpy(laprecord_name[p], "CPU");
+    }
+    // Written the moment they are set, so that a crash or a kill after the lap
+    // cannot take the record or its ghost with it; by the writer thread, so
+    // that the frame does not wait for the disk.
+    std::vector<std::pair<std::string, std::string>> files = {{recordfile(), text()}};
+    if (kart == 0) {
         if (p == 0) {
             ghost.goodone();
+            files.push_back({ghost.file(), ghost.text()});
             thisnewrecorddelay = 3.0f;
         } else {
             ghost.badone();
         }
-    } else {
-        strcpy(laprecord_name[p], "CPU");
     }
+    savesafelysoon(std::move(files));
 }
 
 void sHighscore::dispifnewrecord() {

@@ -98,11 +98,7 @@ static void fullscreenquad(unsigned int texture) {
 static FSOUND_SAMPLE* loadsound(const char* name, unsigned int mode) {
     std::string path = std::string(config.PATH) + name;
     FSOUND_SAMPLE* s = FSOUND_Sample_Load(FSOUND_FREE, path.c_str(), mode, 0);
-    // The log keeps a pointer to its text; these lines stay for the whole run.
-    static std::string lines[6];
-    static unsigned int n = 0;
-    std::string& line = lines[n++ % 6];
-    line = std::string("Loading soundeffects f : ") + name;
+    std::string line = std::string("Loading soundeffects f : ") + name;
     blackbox.task(line.c_str(), s != nullptr);
     config.disploaded(line.c_str());
     return s;
@@ -261,44 +257,49 @@ void sMenu::arrows() {
     if (delay > 0) delay -= 4.0f / performance.fps;
     if (delay > 0 || !mouse.lb) return;
     const unsigned int ncolors = GOKART_NCOLORS;
+    sMenuButton* const order[8] = {&player1colorDecB, &player1colorIncB, &trackDecB,     &trackIncB,
+                                   &opponentsDecB,    &opponentsIncB,    &difficultyDecB, &difficultyIncB};
+    sMenuButton* pressed = nullptr;
+    for (sMenuButton* b : order)
+        if (!pressed && b->hit()) pressed = b;
+    if (!pressed) return;
+    // The click answers the press itself, before a new track takes its time to load.
+    play(Bdecinc, config.soundvolume);
     bool colorchange = false;
-    if (player1colorDecB.hit()) {
+    if (pressed == &player1colorDecB) {
         config.player1color = config.player1color == 0 ? ncolors - 1 : config.player1color - 1;
         delay = 0.25f;
         colorchange = true;
-    } else if (player1colorIncB.hit()) {
+    } else if (pressed == &player1colorIncB) {
         config.player1color = config.player1color >= ncolors - 1 ? 0 : config.player1color + 1;
         delay = 0.25f;
         colorchange = true;
-    } else if (trackDecB.hit() || trackIncB.hit()) {
+    } else if (pressed == &trackDecB || pressed == &trackIncB) {
         // The tables on disk belong to the track being left.
         highscore.save();
         ghost.save();
         unsigned int last = track.ntracks > 0 ? track.ntracks - 1 : 0;
-        if (trackDecB.hit())
+        if (pressed == &trackDecB)
             config.track = config.track == 0 ? last : config.track - 1;
         else
             config.track = config.track >= last ? 0 : config.track + 1;
         track.load();
         delay = 1.0f;
-    } else if (opponentsDecB.hit()) {
+    } else if (pressed == &opponentsDecB) {
         config.ngokarts = config.ngokarts <= 1 ? CONFIG_MAXGOKARTS : config.ngokarts - 1;
         delay = 0.5f;
-    } else if (opponentsIncB.hit()) {
+    } else if (pressed == &opponentsIncB) {
         config.ngokarts = config.ngokarts >= CONFIG_MAXGOKARTS ? 1 : config.ngokarts + 1;
         delay = 0.5f;
-    } else if (difficultyDecB.hit()) {
+    } else if (pressed == &difficultyDecB) {
         config.aiskill = config.aiskill == 0 ? 2 : config.aiskill - 1;
         config.checkvars();
         delay = 0.5f;
-    } else if (difficultyIncB.hit()) {
+    } else {
         config.aiskill = config.aiskill >= 2 ? 0 : config.aiskill + 1;
         config.checkvars();
         delay = 0.5f;
-    } else {
-        return;
     }
-    play(Bdecinc, config.soundvolume);
     if (colorchange) {
         const unsigned char* c = gokartstaticdata.palette[config.player1color % ncolors];
         gokart[0].R = c[0];

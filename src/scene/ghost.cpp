@@ -14,7 +14,7 @@
 
 sGhost ghost;
 
-static std::string ghostfile() {
+std::string sGhost::file() const {
     return std::string("Data/Ghosts/") + track.trackname[config.track] + ".txt";
 }
 
@@ -29,7 +29,7 @@ void sGhost::init() {
     timer[0] = 1.0f;
     timer[1] = 0;
     bestTime = 99.0f;
-    std::string path = std::string(config.PATH) + ghostfile();
+    std::string path = std::string(config.PATH) + file();
     FILE* f = fopen(path.c_str(), "rb");
     if (!f) return;
     if (fscanf(f, "%f", &bestTime) != 1) {
@@ -137,7 +137,7 @@ std::string sGhost::text() const {
 }
 
 void sGhost::save() {
-    savesafely(ghostfile(), text());
+    savesafely(file(), text());
 }
 
 void ghostframe() {

@@ -26,6 +26,8 @@ struct sGhost {
     void save();
     // The ghost file's text for the best lap, as save() writes it.
     std::string text() const;
+    // Where save() writes it: Data/Ghosts/<track>.txt.
+    std::string file() const;
     // Where playback stands between its current sample and the next.
     void pose(float* x, float* z, float* heading) const;
 };

@@ -22,7 +22,7 @@ void sBlackbox::init(const char* path, bool echo) {
     snprintf(file, sizeof file, "%s", path);
     console = echo;
     status = true;
-    last_task = nullptr;
+    last_task[0] = 0;
     FILE* f = fopen(file, "w");
     if (f) fclose(f);
     date();
@@ -32,7 +32,8 @@ void sBlackbox::init(const char* path, bool echo) {
 }
 
 void sBlackbox::task(const char* text, bool ok) {
-    last_task = text;
+    // A copy: callers hand over texts that are gone when the call returns.
+    snprintf(last_task, sizeof last_task, "%s", text);
     if (!ok) status = false;
     consoletask(text, ok);
 }

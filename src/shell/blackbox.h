@@ -6,7 +6,7 @@
 // every line so that everything written before a crash is on disk.
 struct sBlackbox {
     char file[255];
-    const char* last_task;  // the caller's text, not a copy
+    char last_task[256];    // the most recent task's text (a copy, cut to fit); empty after init
     bool console;           // echo every line to standard output
     bool status;            // true until a task fails
 

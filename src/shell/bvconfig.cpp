@@ -7,11 +7,11 @@
 #include <cstring>
 #include <string>
 
-#include <unistd.h>
-
 #include "scene/scene.h"
 #include "shell/blackbox.h"
 #include "shell/main.h"
+#include "shell/safesave.h"
+#include "shell/settingslines.h"
 
 // Copies a name into a fixed field, cutting what does not fit.
 static void copyname(char* dst, size_t size, const char* src) {
@@ -82,13 +82,41 @@ void sConfig::defaults() {
 bool sConfig::init(const char* path) {
     copyname(file, sizeof file, path);
     loaded = 0;
+    // Only the very first start uses this guess: every later one reads the last
+    // run's total back from the race setup. As kilobytes it is some 30 GB, far
+    // beyond anything a start loads, so that first loading bar stays empty.
     totalsize = 31225639;
     copyname(aiskillstring[0], sizeof aiskillstring[0], "easy");
     copyname(aiskillstring[1], sizeof aiskillstring[1], "medium");
     copyname(aiskillstring[2], sizeof aiskillstring[2], "hard");
+    registerconsole();
+    defaults();
+
+    FILE* f = fopen(path, "r");
+    if (!f) {
+        blackbox.task("Initializing configuration", false);
+        return false;
+    }
+    // Entries are taken by position; the labels are only for the reader's eye.
+    // All reads share v, so a short file repeats the last value it held (an
+    // empty file therefore reads as all zeros).
+    char label[256];
+    int v = 0;
+    for (int line = 0; line < bvlines::kCount; line++) {
+        if (fscanf(f, "%255s%d", label, &v) != 2) { /* keep v */ }
+        applysetting(line, v);
+    }
+    fclose(f);
+    blackbox.task("Initializing configuration", true);
+
+    readRaceSetup();
+    return true;
+}
+
+// The variables and commands the console knows by name.
+void sConfig::registerconsole() {
     nVar = 0;
     nFnc = 0;
-
     addvar("gammacorrection", &gammacorrection);
     addvar("frameratecounter", &frameratecounter);
     addvar("frameratelimit", &frameratelimit);
@@ -118,60 +146,39 @@ bool sConfig::init(const char* path) {
     addfnc("wireframe", wireframe);
     addfnc("solid", solid);
     addfnc("reset", resetScene);
+}
 
-    defaults();
-
-    FILE* f = fopen(path, "r");
-    if (!f) {
-        blackbox.task("Initializing configuration", false);
-        return false;
+// One line of the settings file, by its place in the file.
+void sConfig::applysetting(int line, int v) {
+    using namespace bvlines;
+    switch (line) {
+    case RESOLUTION: {
+        int step = v >= kLines[RESOLUTION].min && v <= kLines[RESOLUTION].max ? v : kLines[RESOLUTION].fallback;
+        width = kWidth[step];
+        height = kHeight[step];
+        break;
     }
-    // Entries are taken by position; the labels are only for the reader's eye.
-    // All reads share v, so a short file repeats the last value it held (an
-    // empty file therefore reads as all zeros).
-    char label[256];
-    int v = 0;
-    for (int entry = 1; entry <= 16; entry++) {
-        if (fscanf(f, "%255s%d", label, &v) != 2) { /* keep v */ }
-        switch (entry) {
-        case 1: {
-            static const unsigned int w[6] = {640, 800, 1024, 1152, 1280, 1600};
-            static const unsigned int h[6] = {480, 600, 768, 864, 960, 1200};
-            if (v >= 0 && v <= 5) {
-                width = w[v];
-                height = h[v];
-            } else {
-                width = 1024;
-                height = 768;
-            }
-            break;
-        }
-        case 2: depth = v == 0 ? 16 : 32; break;
-        case 3: {
-            float range = v == 0 ? 30.0f : v == 1 ? 45.0f : v == 2 ? 60.0f : 150.0f;
-            LOrange[0] = LOrange[1] = LOrange[2] = range;
-            break;
-        }
-        case 4: lod = v; break;
-        case 5: shadows = v; break;
-        case 6: trackshadows = v; break;
-        case 7: soundeffects = v; break;
-        case 8: soundvolume = percent(v); break;
-        case 9: music = v; break;
-        case 10: musicvolume = percent(v); break;
-        case 11: gammacorrection = v / 4; break;
-        case 12: mousesteering = v; break;
-        case 13: mousesensitivity = v; break;
-        case 14: joysticksteering = v; break;
-        case 15: lensflare = v; break;
-        case 16: skidmarks = v; break;
-        }
+    case COLOURDEPTH: depth = v == 0 ? 16 : 32; break;
+    case VIEWDISTANCE: {
+        // Anything past the steps before full is full.
+        float range = v >= 0 && v < kLines[VIEWDISTANCE].max ? kViewRange[v] : kViewRange[kLines[VIEWDISTANCE].max];
+        LOrange[0] = LOrange[1] = LOrange[2] = range;
+        break;
     }
-    fclose(f);
-    blackbox.task("Initializing configuration", true);
-
-    readRaceSetup();
-    return true;
+    case DETAIL: lod = v; break;
+    case KARTSHADOWS: shadows = v; break;
+    case TRACKSHADOWS: trackshadows = v; break;
+    case SOUNDEFFECTS: soundeffects = v; break;
+    case SOUNDVOLUME: soundvolume = percent(v); break;
+    case MUSIC: music = v; break;
+    case MUSICVOLUME: musicvolume = percent(v); break;
+    case BRIGHTNESS: gammacorrection = v / 4; break;
+    case MOUSESTEERING: mousesteering = v; break;
+    case MOUSESENSITIVITY: mousesensitivity = v; break;
+    case JOYSTICKSTEERING: joysticksteering = v; break;
+    case LENSFLARE: lensflare = v; break;
+    case SKIDMARKS: skidmarks = v; break;
+    }
 }
 
 void sConfig::readRaceSetup() {
@@ -264,26 +271,10 @@ void sConfig::disploaded(const char* loadedfile) {
 }
 
 void sConfig::save() {
-    std::string path = std::string(PATH) + "Data/gencon.bvd";
-    // Written beside the old file and renamed over it, so that a crash or a full
-    // disk in the middle of writing never leaves the player without a race setup.
-    std::string temp = path + ".tmp";
-    FILE* f = fopen(temp.c_str(), "w");
-    if (!f) return;
-    fprintf(f, "%s\n", player1name);
-    fprintf(f, "%d\n", (int)player1color);
-    fprintf(f, "%d\n", (int)ngokarts);
-    fprintf(f, "%d\n", (int)aiskill);
-    fprintf(f, "%d\n", (int)track);
-    fprintf(f, "%lu\n", loaded);
-    bool ok = !ferror(f) && fflush(f) == 0 && fsync(fileno(f)) == 0;
-    ok = fclose(f) == 0 && ok;
-    if (!ok || rename(temp.c_str(), path.c_str()) != 0) {
-        remove(temp.c_str());
-        // A folder that cannot be written stays quiet above; a disk that fills
-        // up or fails while writing is worth a line, though the old file is kept.
-        static std::string line;  // the log keeps a pointer to the text
-        line = "Saving " + path;
-        blackbox.task(line.c_str(), false);
-    }
+    std::string text = std::string(player1name) + "\n";
+    for (unsigned int v : {player1color, ngokarts, aiskill, track}) text += std::to_string((int)v) + "\n";
+    text += std::to_string(loaded) + "\n";
+    // A folder that cannot be written stays quiet; a disk that fills up or
+    // fails while writing is worth a line, though the old file is kept.
+    savesafely(std::string(PATH) + "Data/gencon.bvd", text, true);
 }

@@ -12,60 +12,60 @@ const unsigned int CONFIG_MAXSLIDES = 998;
 const unsigned int CONFIG_NCOLORS = 24;
 
 struct sConfig {
-    char PATH[255];
-    char file[255];
-    char varN[CONFIG_MAXVARS][32];
-    char fncN[CONFIG_MAXFNCS][32];
+    char PATH[255];                      // prefix of every Data/ path; empty: the working directory
+    char file[255];                      // the settings file read by init
+    char varN[CONFIG_MAXVARS][32];       // console variable names, with their fields in varP
+    char fncN[CONFIG_MAXFNCS][32];       // console command names, with their functions in fncP
     unsigned int* varP[CONFIG_MAXVARS];
     unsigned int nVar;
     unsigned int nFnc;
     void (*fncP[CONFIG_MAXFNCS])();
     char player1name[32];
-    char aiskillstring[3][16];
-    unsigned long loaded;
-    unsigned long totalsize;
+    char aiskillstring[3][16];           // the difficulties' names: easy, medium, hard
+    unsigned long loaded;                // kilobytes loaded so far (the loading bar)
+    unsigned long totalsize;             // kilobytes the last start loaded: a full loading bar
     unsigned int width;
     unsigned int height;
-    unsigned int depth;
-    unsigned int zdepth;
+    unsigned int depth;                  // colour bits per pixel, 16 or 32
+    unsigned int zdepth;                 // depth-buffer bits
     unsigned int fullscreen;
-    unsigned int gammacorrection;
-    unsigned int frameratecounter;
-    unsigned int frameratelimit;
-    unsigned int maxfps;
-    unsigned int texturefilter;
-    unsigned int soundeffects;
-    unsigned int soundvolume;
-    unsigned int music;
-    unsigned int musicvolume;
-    unsigned int lod;
+    unsigned int gammacorrection;        // grey added over the picture, percent (the file's brightness / 4)
+    unsigned int frameratecounter;       // 1 shows the frame rate, 2 also its bar
+    unsigned int frameratelimit;         // asks the frame meter to cap the rate (it does nothing)
+    unsigned int maxfps;                 // top of the frame-rate bar, and of the rate it shows
+    unsigned int texturefilter;          // 0 nearest, 1 linear, 2 mipmapped
+    unsigned int soundeffects;           // sound on at all
+    unsigned int soundvolume;            // 0..255
+    unsigned int music;                  // menu music on
+    unsigned int musicvolume;            // 0..255
+    unsigned int lod;                    // detail level 0..2, index of the range tables below
     unsigned int fog;
     unsigned int mousesteering;
     unsigned int joysticksteering;
-    unsigned int mousesensitivity;
-    unsigned int shadows;
-    unsigned int trackshadows;
-    unsigned int shadowprojectors;
-    unsigned int gokartfocus;
-    unsigned int hud;
-    unsigned int aiskill;
-    unsigned int aiguts[3];
-    unsigned int aistupidity[3];
-    unsigned int aiawakeness[3];
-    unsigned int ngokarts;
-    unsigned int nhumanplayers;
-    unsigned int player1color;
-    unsigned int nslides;
-    unsigned int track;
-    unsigned int ghost;
+    unsigned int mousesensitivity;       // mouse steering: wheel degrees per 100 pixels
+    unsigned int shadows;                // kart shadows: 0 off, 1 blobs, 2 simple, 3 full
+    unsigned int trackshadows;           // shadows of roadside objects on the track
+    unsigned int shadowprojectors;       // also draw lines from the light past each shadow (a debugging view)
+    unsigned int gokartfocus;            // the kart the camera follows
+    unsigned int hud;                    // head-up display on
+    unsigned int aiskill;                // difficulty 0..2, index of the three tables below
+    unsigned int aiguts[3];              // computer drivers accelerate up to this percent of top speed
+    unsigned int aistupidity[3];         // percent of decisions in which the wheel stays put
+    unsigned int aiawakeness[3];         // least bvclock ticks (microseconds) between decisions
+    unsigned int ngokarts;               // karts in the race, the player's included, 1..6
+    unsigned int nhumanplayers;          // karts driven from the keyboard: 0, 1 or 2
+    unsigned int player1color;           // index into the kart palette
+    unsigned int nslides;                // skid marks kept per wheel
+    unsigned int track;                  // index into track.trackname
+    unsigned int ghost;                  // show the ghost of the best lap
     unsigned int lensflare;
     unsigned int skidmarks;
-    unsigned int CHEAT_0bighead;
-    unsigned int CHEAT_0toviksface;
-    unsigned int nScreenshots;
-    float HIrange[3];
-    float MErange[3];
-    float LOrange[3];
+    unsigned int CHEAT_0bighead;         // console cheat: big heads, narrower driver's view
+    unsigned int CHEAT_0toviksface;      // console cheat: the drivers' heads wear the face texture
+    unsigned int nScreenshots;           // number of the next screenshot file to try
+    float HIrange[3];                    // per detail level: nearer than this, the finest model
+    float MErange[3];                    // ... the middle model
+    float LOrange[3];                    // ... the coarsest; beyond it, nothing (the view distance)
 
     bool init(const char* path);
     void addvar(const char* name, unsigned int* field);
@@ -79,6 +79,8 @@ struct sConfig {
 
 private:
     void defaults();
+    void registerconsole();
+    void applysetting(int line, int v);
     void readRaceSetup();
 };
 

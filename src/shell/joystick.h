@@ -14,6 +14,9 @@ struct sJoystick {
 
     void init();
     void refresh();
+    // Takes one reading of the first two axes (SDL's -32768..32767) as x and y,
+    // kept within 0..64000 so that a stick pushed to its stop cannot wrap.
+    void axes(int axisx, int axisy);
 };
 
 extern sJoystick joystick;

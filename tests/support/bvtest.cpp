@@ -26,6 +26,7 @@
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 #include "shell/main.h"
+#include "shell/safesave.h"
 
 namespace fs = std::filesystem;
 
@@ -41,6 +42,8 @@ ScratchDir::ScratchDir() {
 }
 
 ScratchDir::~ScratchDir() {
+    // A record saved on the writer thread lands here, not wherever we go next.
+    finishsaves();
     fs::current_path(previous_);
     std::error_code ec;
     fs::remove_all(path_, ec);
