@@ -5,6 +5,7 @@
 #include <sndfile.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 #include <vector>
@@ -216,6 +217,105 @@ TEST_F(SoundTest, BadHandlesAreHarmless) {
         EXPECT_FALSE(FSOUND_SetPaused(ch, 1));
     }
     finish();
+}
+
+// The mix's headroom, heard at the output's own sample type (float, where
+// nothing clamps the sum on the way), as a sound server gets it.
+class SoundMixTest : public ::testing::Test {
+protected:
+    SoundMixTest() : capture(std::string("float32")) {}
+    void SetUp() override {
+        loud = scratch.path() + "/loud.wav";
+        writeTone(loud, 440, 0.5, 22050, 0.9);
+        tone = scratch.path() + "/tone.wav";
+        writeTone(tone, 440, 0.5);
+        ASSERT_TRUE(FSOUND_Init(44100, 32, 0));
+    }
+    static void play(double seconds) { usleep((useconds_t)(seconds * 1e6)); }
+    Captured finish() {
+        FSOUND_Close();
+        Captured c;
+        c.frames = capture.read(&c.channels, &c.rate);
+        return c;
+    }
+    // The largest sample of either side in [from, to) seconds.
+    static double peak(const Captured& c, double from, double to) {
+        double p = 0;
+        for (size_t i = (size_t)(from * c.rate) * c.channels; i < (size_t)(to * c.rate) * c.channels && i < c.frames.size();
+             i++)
+            p = std::max(p, (double)std::fabs(c.frames[i]));
+        return p;
+    }
+    static int atFullScale(const Captured& c) {
+        int n = 0;
+        for (float v : c.frames)
+            if (std::fabs(v) >= 32767.0 / 32768.0) n++;
+        return n;
+    }
+    ScratchDir scratch;
+    SoundCapture capture;
+    std::string loud, tone;
+};
+
+TEST_F(SoundMixTest, SixLoudLoopsInStepNeverReachFullScale) {
+    FSOUND_SAMPLE* s = FSOUND_Sample_Load(FSOUND_FREE, loud.c_str(), FSOUND_LOOP_NORMAL, 0);
+    ASSERT_NE(s, nullptr);
+    for (int pan : {128, 128, 128, 128, 0, 40}) {
+        int ch = FSOUND_PlaySound(FSOUND_FREE, s);
+        ASSERT_GE(ch, 0);
+        FSOUND_SetPan(ch, pan);
+    }
+    play(1.0);
+    Captured c = finish();
+    ASSERT_EQ(c.channels, 2);
+    // Left: four at the centre and two far over, 0.9 each: more than three
+    // times full scale, all in step.
+    EXPECT_EQ(atFullScale(c), 0);
+    EXPECT_LT(peak(c, 0, 1.5), 0.96);
+    // Turned down as far as it must be, and no further.
+    EXPECT_GT(peak(c, 0.2, 0.9), 0.85);
+}
+
+TEST_F(SoundMixTest, WhatFitsUnderTheCeilingPlaysUntouched) {
+    FSOUND_SAMPLE* s = FSOUND_Sample_Load(FSOUND_FREE, loud.c_str(), FSOUND_LOOP_NORMAL, 0);
+    int ch = FSOUND_PlaySound(FSOUND_FREE, s);
+    FSOUND_SetPan(ch, 0);
+    play(0.6);
+    Captured c = finish();
+    // Hard left at full volume: the tone's own 0.9, a sine's root mean square.
+    EXPECT_NEAR(peak(c, 0.1, 0.5), 0.9, 0.01);
+    EXPECT_NEAR(c.level(0, 0.1, 0.5), 0.9 / std::sqrt(2.0), 0.01);
+}
+
+TEST_F(SoundMixTest, RoomComesBackWhenTheOthersStop) {
+    FSOUND_SAMPLE* s = FSOUND_Sample_Load(FSOUND_FREE, loud.c_str(), FSOUND_LOOP_NORMAL, 0);
+    int lone = FSOUND_PlaySound(FSOUND_FREE, s);
+    FSOUND_SetPan(lone, 0);
+    std::vector<int> others;
+    for (int i = 0; i < 5; i++) others.push_back(FSOUND_PlaySound(FSOUND_FREE, s));
+    play(0.5);
+    for (int ch : others) FSOUND_StopSound(ch);
+    play(0.6);
+    Captured c = finish();
+    EXPECT_EQ(atFullScale(c), 0);
+    EXPECT_NEAR(peak(c, 0.7, 1.0), 0.9, 0.01);
+}
+
+TEST_F(SoundMixTest, AOneShotGivesItsRoomBackWhenItEnds) {
+    FSOUND_SAMPLE* tune = FSOUND_Sample_Load(FSOUND_FREE, loud.c_str(), FSOUND_LOOP_NORMAL, 0);
+    FSOUND_SAMPLE* click = FSOUND_Sample_Load(FSOUND_FREE, tone.c_str(), FSOUND_LOOP_OFF, 0);
+    int ch = FSOUND_PlaySound(FSOUND_FREE, tune);
+    FSOUND_SetPan(ch, 0);
+    // The half-second tone on top of it needs room while it plays.
+    FSOUND_SetPan(FSOUND_PlaySound(FSOUND_FREE, click), 0);
+    play(0.8);
+    // The game asks after its channels every frame.
+    EXPECT_TRUE(FSOUND_IsPlaying(ch));
+    play(0.4);
+    Captured c = finish();
+    EXPECT_EQ(atFullScale(c), 0);
+    EXPECT_LT(peak(c, 0.1, 0.4), 0.96);
+    EXPECT_NEAR(peak(c, 0.9, 1.15), 0.9, 0.01);
 }
 
 TEST(SoundWithoutInit, EveryCallFailsQuietly) {

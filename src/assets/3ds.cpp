@@ -238,110 +238,99 @@ bool CLoad3DS::ValidFaces(const t3DModel* pModel, int firstObject) const {
     return true;
 }
 
-void CLoad3DS::ProcessNextChunk(t3DModel* pModel, tChunk* pPreviousChunk) {
+// The skeleton every chunk walker shares: the sub-chunks of pParent one
+// header at a time, each checked against its parent before anything of it is
+// read, handed whole to handle, and counted into the parent. A chunk handle
+// does not claim is skipped. Nesting deeper than MAX_3DSDEPTH is damage.
+template <typename Handle>
+void CLoad3DS::WalkChunks(tChunk* pParent, Handle handle) {
     tChunk current = {};
     m_CurrentChunk = &current;
     if (Enter()) {
-        while (!m_Failed && pPreviousChunk->bytesRead < pPreviousChunk->length) {
-            if (!ReadHeader(&current, pPreviousChunk)) break;
-            switch (current.ID) {
-            case VERSION:
-                Skip(&current);
-                break;
-            case OBJECTINFO:
-                // The mesh version comes first and means nothing to us.
-                if (Remaining(&current) > 0 && ReadHeader(m_TempChunk, &current)) {
-                    Skip(m_TempChunk);
-                    current.bytesRead += m_TempChunk->bytesRead;
-                }
-                ProcessNextChunk(pModel, &current);
-                break;
-            case MATERIAL:
-                pModel->numOfMaterials++;
-                pModel->pMaterials.push_back(tMaterialInfo());
-                ProcessNextMaterialChunk(pModel, &current);
-                break;
-            case OBJECT: {
-                pModel->numOfObjects++;
-                pModel->pObject.push_back(t3DObject());
-                t3DObject* object = &pModel->pObject.back();
-                current.bytesRead += GetString(object->strName, Remaining(&current));
-                ProcessNextObjectChunk(pModel, object, &current);
-                break;
-            }
-            default:
-                Skip(&current);
-                break;
-            }
-            pPreviousChunk->bytesRead += current.bytesRead;
+        while (!m_Failed && pParent->bytesRead < pParent->length) {
+            if (!ReadHeader(&current, pParent)) break;
+            if (!handle(&current)) Skip(&current);
+            pParent->bytesRead += current.bytesRead;
         }
     }
     m_Depth--;
-    m_CurrentChunk = pPreviousChunk;
+    m_CurrentChunk = pParent;
+}
+
+void CLoad3DS::ProcessNextChunk(t3DModel* pModel, tChunk* pPreviousChunk) {
+    WalkChunks(pPreviousChunk, [&](tChunk* current) {
+        switch (current->ID) {
+        case OBJECTINFO:
+            // The mesh version comes first and means nothing to us.
+            if (Remaining(current) > 0 && ReadHeader(m_TempChunk, current)) {
+                Skip(m_TempChunk);
+                current->bytesRead += m_TempChunk->bytesRead;
+            }
+            ProcessNextChunk(pModel, current);
+            return true;
+        case MATERIAL:
+            pModel->numOfMaterials++;
+            pModel->pMaterials.push_back(tMaterialInfo());
+            ProcessNextMaterialChunk(pModel, current);
+            return true;
+        case OBJECT: {
+            pModel->numOfObjects++;
+            pModel->pObject.push_back(t3DObject());
+            t3DObject* object = &pModel->pObject.back();
+            current->bytesRead += GetString(object->strName, Remaining(current));
+            ProcessNextObjectChunk(pModel, object, current);
+            return true;
+        }
+        default:  // VERSION among them
+            return false;
+        }
+    });
 }
 
 void CLoad3DS::ProcessNextMaterialChunk(t3DModel* pModel, tChunk* pPreviousChunk) {
-    tChunk current = {};
-    m_CurrentChunk = &current;
-    if (Enter()) {
-        tMaterialInfo* material = &pModel->pMaterials.back();
-        while (!m_Failed && pPreviousChunk->bytesRead < pPreviousChunk->length) {
-            if (!ReadHeader(&current, pPreviousChunk)) break;
-            switch (current.ID) {
-            case MATNAME:
-                ReadName(&current, material->strName);
-                break;
-            case MATDIFFUSE:
-                ReadColorChunk(material, &current);
-                break;
-            case MATMAP:
-                ProcessNextMaterialChunk(pModel, &current);
-                break;
-            case MATMAPFILE:
-                ReadName(&current, material->strFile);
-                break;
-            default:
-                Skip(&current);
-                break;
-            }
-            pPreviousChunk->bytesRead += current.bytesRead;
+    tMaterialInfo* material = &pModel->pMaterials.back();
+    WalkChunks(pPreviousChunk, [&](tChunk* current) {
+        switch (current->ID) {
+        case MATNAME:
+            ReadName(current, material->strName);
+            return true;
+        case MATDIFFUSE:
+            ReadColorChunk(material, current);
+            return true;
+        case MATMAP:
+            ProcessNextMaterialChunk(pModel, current);
+            return true;
+        case MATMAPFILE:
+            ReadName(current, material->strFile);
+            return true;
+        default:
+            return false;
         }
-    }
-    m_Depth--;
-    m_CurrentChunk = pPreviousChunk;
+    });
 }
 
 void CLoad3DS::ProcessNextObjectChunk(t3DModel* pModel, t3DObject* pObject, tChunk* pPreviousChunk) {
-    tChunk current = {};
-    m_CurrentChunk = &current;
-    if (Enter()) {
-        while (!m_Failed && pPreviousChunk->bytesRead < pPreviousChunk->length) {
-            if (!ReadHeader(&current, pPreviousChunk)) break;
-            switch (current.ID) {
-            case OBJECT_MESH:
-                ProcessNextObjectChunk(pModel, pObject, &current);
-                break;
-            case OBJECT_VERTICES:
-                ReadVertices(pObject, &current);
-                break;
-            case OBJECT_FACES:
-                ReadVertexIndices(pObject, &current);
-                break;
-            case OBJECT_MATERIAL:
-                ReadObjectMaterial(pModel, pObject, &current);
-                break;
-            case OBJECT_UV:
-                ReadUVCoordinates(pObject, &current);
-                break;
-            default:
-                Skip(&current);
-                break;
-            }
-            pPreviousChunk->bytesRead += current.bytesRead;
+    WalkChunks(pPreviousChunk, [&](tChunk* current) {
+        switch (current->ID) {
+        case OBJECT_MESH:
+            ProcessNextObjectChunk(pModel, pObject, current);
+            return true;
+        case OBJECT_VERTICES:
+            ReadVertices(pObject, current);
+            return true;
+        case OBJECT_FACES:
+            ReadVertexIndices(pObject, current);
+            return true;
+        case OBJECT_MATERIAL:
+            ReadObjectMaterial(pModel, pObject, current);
+            return true;
+        case OBJECT_UV:
+            ReadUVCoordinates(pObject, current);
+            return true;
+        default:
+            return false;
         }
-    }
-    m_Depth--;
-    m_CurrentChunk = pPreviousChunk;
+    });
 }
 
 void CLoad3DS::ReadColorChunk(tMaterialInfo* pMaterial, tChunk* pChunk) {

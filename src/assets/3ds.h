@@ -132,6 +132,10 @@ private:
     void ReadName(tChunk* pChunk, char* pName);
     void Skip(tChunk* pChunk);
     bool Enter();
+    // handle(chunk) reads all of one sub-chunk and returns true, or returns
+    // false untouched to have it skipped.
+    template <typename Handle>
+    void WalkChunks(tChunk* pParent, Handle handle);
     bool ValidFaces(const t3DModel* pModel, int firstObject) const;
 
     bool m_Failed;

@@ -1,10 +1,13 @@
 #include "audio/fsound.h"
 
+#define AL_ALEXT_PROTOTYPES
 #include <AL/al.h>
 #include <AL/alc.h>
+#include <AL/alext.h>
 #include <sndfile.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <vector>
 
 struct FSOUND_SAMPLE {
@@ -12,6 +15,8 @@ struct FSOUND_SAMPLE {
     int rate;          // the sample's own rate: frequency 'rate' plays it at its pitch
     unsigned int mode;
     bool managed;
+    bool stereo;
+    float peak[2];     // the loudest it gets on the left and on the right, 0..1
 };
 
 namespace {
@@ -21,6 +26,10 @@ const int kMaxChannels = 256;
 struct Channel {
     ALuint source;
     FSOUND_SAMPLE* sample;
+    float gain;     // as FSOUND_SetVolume set it, 0..1
+    float x;        // where place() put it: -1 hard left .. 1 hard right
+    bool sounding;  // started, and neither stopped nor paused since
+    bool starting;  // sounding in our records, not yet handed to the mixer
 };
 
 ALCdevice* device = nullptr;
@@ -28,6 +37,31 @@ ALCcontext* context = nullptr;
 Channel channels[kMaxChannels];
 int nchannels = 0;
 std::vector<FSOUND_SAMPLE*> samples;
+
+// Headroom. Six karts revving off the grid add up to more than full scale,
+// and OpenAL Soft's own limiter only holds the sum at full scale: at its
+// float output (the default) its peaks sit at exactly 1.0, which the sound
+// server clips. So the listener's gain is the master volume times `scale`,
+// which keeps the loudest the mix could possibly get below kCeiling: every
+// sounding channel at its sample's peak, on the side it is panned to, all in
+// step. Whatever fits under the ceiling (a lone kart, the menu tune) plays
+// exactly as loud as before, and the limiter is left with nothing to do.
+const float kCeiling = 0.95f;
+float master = 1.0f;
+float scale = 1.0f;
+
+// How much of a centred-to-hard-panned mono source reaches one side, by how far
+// it sits towards that side (-1 away .. 1 towards, in eighths): OpenAL Soft's
+// stereo panning as measured, each step rounded up to the larger end.
+const float kPanLaw[17] = {0.00f, 0.00f, 0.06f, 0.13f, 0.22f, 0.31f, 0.41f, 0.51f, 0.60f,
+                           0.69f, 0.78f, 0.86f, 0.93f, 0.98f, 1.00f, 1.00f, 1.00f};
+
+float panLaw(float towards) {
+    int step = (int)std::ceil((towards + 1) * 8);
+    if (step < 0) step = 0;
+    if (step > 16) step = 16;
+    return kPanLaw[step];
+}
 
 bool valid(int channel) {
     return context && channel >= 0 && channel < nchannels;
@@ -54,11 +88,85 @@ bool busy(const Channel& c) {
 
 // Pan 0 is hard left, 128 the centre, 255 hard right: the source sits on a
 // half circle in front of the listener, so its distance and loudness stay the same.
-void place(const Channel& c, int pan) {
+float panX(int pan) {
     float x = (pan - 128) / 127.0f;
     if (x < -1) x = -1;
     if (x > 1) x = 1;
-    alSource3f(c.source, AL_POSITION, x, 0, -std::sqrt(1 - x * x));
+    return x;
+}
+
+void place(const Channel& c) {
+    alSource3f(c.source, AL_POSITION, c.x, 0, -std::sqrt(1 - c.x * c.x));
+}
+
+// The loudest the sounding channels can add up to on either side, at full master volume.
+float loudest() {
+    float side[2] = {0, 0};
+    for (int i = 0; i < nchannels; i++) {
+        Channel& c = channels[i];
+        if (!c.sounding || !c.sample) continue;
+        // A one-shot that has run out stops counting.
+        if (!(c.sample->mode & FSOUND_LOOP_NORMAL) && !c.starting) {
+            ALint state;
+            alGetSourcei(c.source, AL_SOURCE_STATE, &state);
+            if (state == AL_STOPPED || state == AL_INITIAL) {
+                c.sounding = false;
+                continue;
+            }
+        }
+        for (int s = 0; s < 2; s++) {
+            // A stereo sample's sides go straight to the speakers' sides.
+            float reach = c.sample->stereo ? c.sample->peak[s] : c.sample->peak[0] * panLaw(s == 0 ? -c.x : c.x);
+            side[s] += c.gain * reach;
+        }
+    }
+    return side[0] > side[1] ? side[0] : side[1];
+}
+
+void setScale(float s) {
+    scale = s;
+    alListenerf(AL_GAIN, master * scale);
+}
+
+// The scale the channels need as they stand in our records.
+float target() {
+    float peak = master * loudest();
+    return peak > kCeiling ? kCeiling / peak : 1.0f;
+}
+
+// A change that makes the mix louder must not be heard before the scale that
+// makes room for it: a lower scale reaches the mixer, once it is past any
+// update it was in the middle of, before the caller touches the sources
+// (source starts are not deferred, so deferring both would not do).
+void makeRoom() {
+    float t = target();
+    if (t >= scale) return;
+    alDeferUpdatesSOFT();
+    setScale(t);
+    alProcessUpdatesSOFT();
+}
+
+// A higher scale only once the change that allows it has been made.
+void rise() {
+    float t = target();
+    if (t != scale) setScale(t);
+}
+
+// The game asks after its channels every frame, in the menu as in a race:
+// that is when one-shots that have run out give their room back.
+void giveBack() {
+    if (scale < 1.0f) rise();
+}
+
+// A change to one channel or all: first to our records, then, once there is
+// room for it, to the sources.
+template <typename Record, typename Act>
+signed char change(int channel, Record record, Act act) {
+    if (!each(channel, record)) return 0;
+    makeRoom();
+    each(channel, act);
+    rise();
+    return 1;
 }
 
 }  // namespace
@@ -67,7 +175,10 @@ signed char FSOUND_Init(int mixrate, int maxchannels, unsigned int) {
     if (context) return 1;
     device = alcOpenDevice(nullptr);
     if (!device) return 0;
-    const ALCint attributes[] = {ALC_FREQUENCY, mixrate, ALC_MONO_SOURCES, maxchannels, 0};
+    // The limiter stays as a last guard behind our own headroom, whatever
+    // sample type the output runs at.
+    const ALCint attributes[] = {ALC_FREQUENCY, mixrate, ALC_MONO_SOURCES, maxchannels,
+                                 ALC_OUTPUT_LIMITER_SOFT, ALC_TRUE, 0};
     context = alcCreateContext(device, attributes);
     if (!context || !alcMakeContextCurrent(context)) {
         if (context) alcDestroyContext(context);
@@ -78,6 +189,7 @@ signed char FSOUND_Init(int mixrate, int maxchannels, unsigned int) {
     }
     // Volume falls with nothing but FSOUND_SetVolume: no distance model.
     alDistanceModel(AL_NONE);
+    master = scale = 1.0f;
     nchannels = 0;
     if (maxchannels > kMaxChannels) maxchannels = kMaxChannels;
     for (int i = 0; i < maxchannels; i++) {
@@ -85,7 +197,7 @@ signed char FSOUND_Init(int mixrate, int maxchannels, unsigned int) {
         alGenSources(1, &channels[i].source);
         if (alGetError() != AL_NO_ERROR) break;
         alSourcei(channels[i].source, AL_SOURCE_RELATIVE, AL_TRUE);
-        channels[i].sample = nullptr;
+        channels[i] = {channels[i].source, nullptr, 1.0f, 0.0f, false, false};
         nchannels++;
     }
     return 1;
@@ -126,7 +238,13 @@ FSOUND_SAMPLE* FSOUND_Sample_Load(int index, const char* name, unsigned int mode
     sf_close(file);
     if (got <= 0) return nullptr;
 
-    auto* sample = new FSOUND_SAMPLE{0, info.samplerate, mode, index != FSOUND_UNMANAGED};
+    auto* sample = new FSOUND_SAMPLE{0, info.samplerate, mode, index != FSOUND_UNMANAGED, info.channels == 2, {0, 0}};
+    for (size_t i = 0; i < (size_t)(got * info.channels); i++) {
+        float v = std::abs(pcm[i]) / 32768.0f;
+        float& peak = sample->peak[info.channels == 2 ? i % 2 : 0];
+        if (v > peak) peak = v;
+    }
+    if (!sample->stereo) sample->peak[1] = sample->peak[0];
     alGetError();
     alGenBuffers(1, &sample->buffer);
     alBufferData(sample->buffer, info.channels == 2 ? AL_FORMAT_STEREO16 : AL_FORMAT_MONO16, pcm.data(),
@@ -149,10 +267,12 @@ void FSOUND_Sample_Free(FSOUND_SAMPLE* sample) {
             alSourceStop(channels[c].source);
             alSourcei(channels[c].source, AL_BUFFER, 0);
             channels[c].sample = nullptr;
+            channels[c].sounding = false;
         }
         alDeleteBuffers(1, &sample->buffer);
         delete sample;
         samples.erase(samples.begin() + (long)i);
+        rise();
         return;
     }
 }
@@ -175,27 +295,33 @@ int FSOUND_PlaySound(int channel, FSOUND_SAMPLE* sample) {
     if (c < 0) return -1;
     Channel& ch = channels[c];
     alSourceStop(ch.source);
+    ch = {ch.source, sample, 1.0f, panX(128), true, true};
+    makeRoom();
     alSourcei(ch.source, AL_BUFFER, (ALint)sample->buffer);
     alSourcei(ch.source, AL_LOOPING, (sample->mode & FSOUND_LOOP_NORMAL) ? AL_TRUE : AL_FALSE);
     alSourcef(ch.source, AL_GAIN, 1.0f);
     alSourcef(ch.source, AL_PITCH, 1.0f);
-    place(ch, 128);
-    ch.sample = sample;
+    place(ch);
     alSourcePlay(ch.source);
+    ch.starting = false;
+    rise();
     return c;
 }
 
 signed char FSOUND_StopSound(int channel) {
-    return each(channel, [](Channel& c) { alSourceStop(c.source); });
+    return change(
+        channel, [](Channel& c) { c.sounding = false; }, [](Channel& c) { alSourceStop(c.source); });
 }
 
 signed char FSOUND_IsPlaying(int channel) {
     if (!valid(channel)) return 0;
+    giveBack();
     return busy(channels[channel]) ? 1 : 0;
 }
 
 unsigned int FSOUND_GetCurrentPosition(int channel) {
     if (!valid(channel)) return 0;
+    giveBack();
     ALint offset = 0;
     alGetSourcei(channels[channel].source, AL_SAMPLE_OFFSET, &offset);
     return (unsigned int)offset;
@@ -205,7 +331,8 @@ signed char FSOUND_SetVolume(int channel, int volume) {
     if (volume < 0) volume = 0;
     if (volume > 255) volume = 255;
     float gain = volume / 255.0f;
-    return each(channel, [gain](Channel& c) { alSourcef(c.source, AL_GAIN, gain); });
+    return change(
+        channel, [gain](Channel& c) { c.gain = gain; }, [gain](Channel& c) { alSourcef(c.source, AL_GAIN, gain); });
 }
 
 signed char FSOUND_SetFrequency(int channel, int frequency) {
@@ -219,15 +346,26 @@ signed char FSOUND_SetFrequency(int channel, int frequency) {
 }
 
 signed char FSOUND_SetPan(int channel, int pan) {
-    return each(channel, [pan](Channel& c) { place(c, pan); });
+    float x = panX(pan);
+    return change(
+        channel, [x](Channel& c) { c.x = x; }, [](Channel& c) { place(c); });
 }
 
 signed char FSOUND_SetPaused(int channel, signed char paused) {
-    return each(channel, [paused](Channel& c) {
+    auto state = [](const Channel& c) {
         ALint state;
         alGetSourcei(c.source, AL_SOURCE_STATE, &state);
-        if (paused && state == AL_PLAYING) alSourcePause(c.source);
-        if (!paused && state == AL_PAUSED) alSourcePlay(c.source);
+        return state;
+    };
+    auto record = [paused, state](Channel& c) {
+        ALint now = state(c);
+        if (paused && now == AL_PLAYING) c.sounding = false;
+        if (!paused && now == AL_PAUSED) c.sounding = true;
+    };
+    return change(channel, record, [paused, state](Channel& c) {
+        ALint now = state(c);
+        if (paused && now == AL_PLAYING) alSourcePause(c.source);
+        if (!paused && now == AL_PAUSED) alSourcePlay(c.source);
     });
 }
 
@@ -235,5 +373,6 @@ void FSOUND_SetSFXMasterVolume(int volume) {
     if (!context) return;
     if (volume < 0) volume = 0;
     if (volume > 255) volume = 255;
-    alListenerf(AL_GAIN, volume / 255.0f);
+    master = volume / 255.0f;
+    setScale(target());
 }

@@ -338,28 +338,38 @@ double Sound::onset(float level) const {
     return -1;
 }
 
-Sound readWav(const std::string& path) {
-    Sound s;
+std::vector<float> readWavSamples(const std::string& path, int* channels, int* rate) {
+    std::vector<float> samples;
     std::string data = bvtest::readFile(path);
     WavFormat f = wavFormat(data.substr(0, 4096));
-    if (!f.data || f.channels <= 0 || (f.bits != 16 && f.bits != 32)) return s;
-    s.rate = f.rate;
+    if (!f.data || f.channels <= 0 || (f.bits != 16 && f.bits != 32)) return samples;
+    if (channels) *channels = f.channels;
+    if (rate) *rate = f.rate;
     size_t bytes = (size_t)f.bits / 8, frame = bytes * (size_t)f.channels;
     size_t frames = (data.size() - f.data) / frame;
+    samples.resize(frames * (size_t)f.channels);
+    for (size_t i = 0; i < samples.size(); i++) {
+        const char* p = &data[f.data + i * bytes];
+        if (f.floating) {
+            memcpy(&samples[i], p, 4);
+        } else {
+            samples[i] = (float)(int16_t)le(data, f.data + i * bytes, 2) / 32768.0f;
+        }
+    }
+    return samples;
+}
+
+Sound readWav(const std::string& path) {
+    Sound s;
+    int channels = 0;
+    std::vector<float> samples = readWavSamples(path, &channels, &s.rate);
+    if (samples.empty()) return s;
+    size_t frames = samples.size() / (size_t)channels;
     s.mono.resize(frames);
     for (size_t i = 0; i < frames; i++) {
         float sum = 0;
-        for (int c = 0; c < f.channels; c++) {
-            const char* p = &data[f.data + i * frame + c * bytes];
-            if (f.floating) {
-                float v;
-                memcpy(&v, p, 4);
-                sum += v;
-            } else {
-                sum += (float)(int16_t)le(data, f.data + i * frame + c * bytes, 2) / 32768.0f;
-            }
-        }
-        s.mono[i] = sum / (float)f.channels;
+        for (int c = 0; c < channels; c++) sum += samples[i * channels + c];
+        s.mono[i] = sum / (float)channels;
     }
     return s;
 }

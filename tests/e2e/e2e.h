@@ -77,6 +77,9 @@ struct Sound {
 // Reads a WAV file even while it is still being written, or when the writer
 // never went back to fill in its sizes.
 Sound readWav(const std::string& path);
+// The same file's samples as the sound card gets them, every channel of every
+// frame in turn, not mixed down: for judging how near full scale it comes.
+std::vector<float> readWavSamples(const std::string& path, int* channels = nullptr, int* rate = nullptr);
 // How clearly a looping sound (one turn of the loop in `loop`) is heard
 // between from and to seconds: the best match() of any of its eighths.
 double heardLoop(const Sound& hay, double from, double to, const Sound& loop);

@@ -112,12 +112,12 @@ Pixel screenPixel(int x, int y) {
     return {(int)((p >> 16) & 0xff), (int)((p >> 8) & 0xff), (int)(p & 0xff)};
 }
 
-SoundCapture::SoundCapture() {
+SoundCapture::SoundCapture(const std::string& sampleType) {
     char templ[] = "/tmp/brontevalle-sound-XXXXXX";
     dir_ = mkdtemp(templ);
     wav_ = dir_ + "/capture.wav";
     std::string conf = dir_ + "/alsoft.conf";
-    writeFile(conf, "[general]\ndrivers=wave\nfrequency=44100\nchannels=stereo\nsample-type=int16\n"
+    writeFile(conf, "[general]\ndrivers=wave\nfrequency=44100\nchannels=stereo\nsample-type=" + sampleType + "\n"
                     "[wave]\nfile=" + wav_ + "\n");
     setenv("ALSOFT_CONF", conf.c_str(), 1);
 }

@@ -42,9 +42,11 @@ Pixel screenPixel(int x, int y);
 
 // Makes OpenAL Soft write everything it plays into a WAV file instead of a
 // sound card. Call before FSOUND_Init; read the capture after FSOUND_Close.
+// The samples are 16-bit integers unless sampleType says otherwise
+// ("float32": what the output runs at when nothing is configured).
 class SoundCapture {
 public:
-    SoundCapture();
+    explicit SoundCapture(const std::string& sampleType = "int16");
     ~SoundCapture();
     const std::string& file() const { return wav_; }
     // Interleaved stereo frames, -1..1.
