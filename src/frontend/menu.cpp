@@ -320,6 +320,7 @@ void sMenu::previews() {
     r += 15.0f / performance.fps;
 
     // The player's kart on its turntable.
+    frameStep("kart preview");
     glViewport(0, 0, (int)dynsize, (int)dynsize);
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
@@ -339,6 +340,7 @@ void sMenu::previews() {
     readback(dyntex[0]);
 
     // The selected track, turning the other way under the camera.
+    frameStep("track preview");
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     glLoadIdentity();
     camera.ay = -r;
@@ -379,8 +381,10 @@ void sMenu::mainscreen() {
     arrows();
     previews();
 
+    frameStep("backdrop");
     resizeGLwindow2D(1, 1);
     fullscreenquad(tgaMenu);
+    frameStep("preview pictures");
     glEnable(GL_TEXTURE_2D);
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_DST_ALPHA);
@@ -390,6 +394,7 @@ void sMenu::mainscreen() {
     glDisable(GL_BLEND);
     glDisable(GL_TEXTURE_2D);
 
+    frameStep("buttons and texts");
     sMenuButton* large[5] = {&aboutB, &creditsB, &recordsB, &raceB, &quitB};
     for (sMenuButton* b : large)
         if (b->draw()) {

@@ -27,4 +27,11 @@ extern float t;
 
 extern s3DS sky3DS;
 
+// Told the name of each drawing step of a frame as it begins, when set (the
+// frame-time harness counts and times the steps with it); never set in a game.
+extern void (*frameStepHook)(const char* step);
+inline void frameStep(const char* step) {
+    if (frameStepHook) frameStepHook(step);
+}
+
 #endif

@@ -157,10 +157,12 @@ void splashScreen() {
 }
 
 void drawGL() {
+    frameStep("clear");
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
     resizeGLwindow3D();
     menu.display();
     // The brightness correction: an additive grey quad, drawn even when it adds nothing.
+    frameStep("brightness");
     resizeGLwindow2D(1, 1);
     glEnable(GL_BLEND);
     glBlendFunc(GL_ONE, GL_ONE);
@@ -168,6 +170,7 @@ void drawGL() {
     glColor3f(g, g, g);
     unitquad(0, 0, 1, 1);
     glDisable(GL_BLEND);
+    frameStep("meters and console");
     performance.display();
     keyboard.display();
 }
