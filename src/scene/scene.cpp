@@ -79,6 +79,7 @@ void resetScene() {
 }
 
 void (*frameStepHook)(const char* step) = nullptr;
+sShortcuts shortcuts;
 
 namespace {
 

@@ -27,6 +27,14 @@ extern float t;
 
 extern s3DS sky3DS;
 
+// Ways of drawing a frame with less work and the very same picture; each
+// can be turned off, so that a test can draw a frame both ways and compare.
+struct sShortcuts {
+    // The brightness overlay only when it adds something.
+    bool brightness = true;
+};
+extern sShortcuts shortcuts;
+
 // Told the name of each drawing step of a frame as it begins, when set (the
 // frame-time harness counts and times the steps with it); never set in a game.
 extern void (*frameStepHook)(const char* step);
