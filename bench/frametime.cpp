@@ -11,6 +11,8 @@
 //   frametime --all [--warmup N] [--frames N] [--sim FILE] [--markdown FILE] [--json FILE]
 //       every scenario, each in a fresh process of its own (start-up time and
 //       peak memory belong to a process), then the report
+//   --without NAME[,NAME...] draws without those shortcuts (brightness, sky, ...)
+//       to measure what each one pays
 //   --raw FILE keeps each scenario's result line; --from FILE writes the
 //       report from such a file instead of measuring again
 //
@@ -926,7 +928,20 @@ struct Options {
     int warmup = 60, frames = 300;
     double t0 = -1;
     bool all = false, list = false, fixed = false, steps = false, renderer = false, bad = false;
+    std::string without;
 };
+
+// --without: the shortcuts named are turned off; false when a name is unknown.
+bool turnOff(const std::string& names) {
+    std::istringstream in(names);
+    std::string name;
+    while (std::getline(in, name, ',')) {
+        if (name == "brightness") shortcuts.brightness = false;
+        else if (name == "sky") shortcuts.sky = false;
+        else return false;
+    }
+    return true;
+}
 
 Options parseOptions(int argc, char** argv) {
     Options o;
@@ -948,6 +963,7 @@ Options parseOptions(int argc, char** argv) {
         else if (a == "--fixed") o.fixed = true;
         else if (a == "--list") o.list = true;
         else if (a == "--renderer") o.renderer = true;
+        else if (a == "--without") o.bad = !turnOff(next()) || o.bad;
         else o.bad = true;
     }
     if (o.frames < 1) o.frames = 1;

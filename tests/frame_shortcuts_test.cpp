@@ -66,7 +66,10 @@ protected:
         bvclock_override = CLOCK0;
         srand(1);
         menu.r = 0;
-        if (menu.m == MENU_RACING) resetScene();
+        if (menu.m == MENU_RACING) {
+            resetScene();
+            camera.mode = view;
+        }
         step = 0;
     }
     // `frames` passes of the loop body at a sixtieth of a second each; the window then.
@@ -103,6 +106,7 @@ protected:
 
     bvtest::ScratchDir dir;
     long step = 0;
+    unsigned int view = CAMERA_CHASE;
 };
 
 // Karts off the grid (2.5 s) and racing.
@@ -118,6 +122,20 @@ TEST_F(FrameShortcuts, BrightnessAtZeroIsLeftOutOfTheRace) {
 TEST_F(FrameShortcuts, BrightnessAtZeroIsLeftOutOfTheMenu) {
     ASSERT_EQ(config.gammacorrection, 0u);
     expectSamePicture(&sShortcuts::brightness, MENU_FRAMES);
+}
+
+TEST_F(FrameShortcuts, TheSkyDrawnAroundTheGroundLooksAsTheSkyDrawnUnderIt) {
+    startRace();
+    expectSamePicture(&sShortcuts::sky, RACE_FRAMES);
+}
+
+TEST_F(FrameShortcuts, TheSkyDrawnAroundTheGroundLooksTheSameInEveryView) {
+    startRace();
+    for (unsigned int mode : {CAMERA_DRIVER, CAMERA_TRACKSIDE, CAMERA_HIGH}) {
+        SCOPED_TRACE(mode);
+        view = mode;
+        expectSamePicture(&sShortcuts::sky, RACE_FRAMES / 2);
+    }
 }
 
 }  // namespace

@@ -128,12 +128,31 @@ unsigned int aimCamera(const sCamera& target) {
 
 // The sky is far away everywhere: no depth, and not moved with the eye.
 void drawSky() {
+    if (shortcuts.sky) return;  // drawn with the ground instead
     frameStep("sky");
     glDisable(GL_DEPTH_TEST);
     if (config.fog) glEnable(GL_FOG);
     sky3DS.drawlist();
     if (config.fog) glDisable(GL_FOG);
     glEnable(GL_DEPTH_TEST);
+}
+
+// The sky where the dirt under the track left the window empty (stencil bit 2
+// clear). Everything the dirt drew is opaque and drawn over the sky anyway,
+// and nothing between the two looks at the colours, so the picture is the
+// same as with the sky drawn first; the sky's fragments under the dirt,
+// most of a race view, are never shaded.
+void drawSkyAroundGround() {
+    frameStep("sky");
+    glDisable(GL_LIGHTING);
+    glEnable(GL_CULL_FACE);
+    glDisable(GL_DEPTH_TEST);
+    glEnable(GL_STENCIL_TEST);
+    glStencilFunc(GL_EQUAL, 0, 2);
+    glStencilOp(GL_KEEP, GL_KEEP, GL_KEEP);
+    sky3DS.drawlist();
+    glEnable(GL_LIGHTING);
+    frameStep("ground");
 }
 
 void castShadows(unsigned int n) {
@@ -156,7 +175,13 @@ void drawGround() {
     // Given again under the view, so that the light stays put in the world.
     glLightfv(GL_LIGHT0, GL_POSITION, LightPosition);
     if (config.fog) glEnable(GL_FOG);
-    glCallList(track.LIST_ground);
+    if (shortcuts.sky && track.LIST_ground) {
+        glCallList(track.LIST_ground + 3);
+        drawSkyAroundGround();
+        glCallList(track.LIST_ground + 2);
+    } else {
+        glCallList(track.LIST_ground);
+    }
     glDisable(GL_LIGHTING);
 }
 

@@ -32,6 +32,8 @@ extern s3DS sky3DS;
 struct sShortcuts {
     // The brightness overlay only when it adds something.
     bool brightness = true;
+    // The sky only where the ground's dirt has not covered it, drawn right after it.
+    bool sky = true;
 };
 extern sShortcuts shortcuts;
 
