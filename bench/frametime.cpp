@@ -938,6 +938,7 @@ bool turnOff(const std::string& names) {
     while (std::getline(in, name, ',')) {
         if (name == "brightness") shortcuts.brightness = false;
         else if (name == "sky") shortcuts.sky = false;
+        else if (name == "previews") shortcuts.previews = false;
         else return false;
     }
     return true;

@@ -138,4 +138,8 @@ TEST_F(FrameShortcuts, TheSkyDrawnAroundTheGroundLooksTheSameInEveryView) {
     }
 }
 
+TEST_F(FrameShortcuts, PreviewsCopiedInTheDriverLookAsPreviewsReadBackAndUploaded) {
+    expectSamePicture(&sShortcuts::previews, MENU_FRAMES);
+}
+
 }  // namespace

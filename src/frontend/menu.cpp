@@ -307,12 +307,23 @@ void sMenu::arrows() {
     }
 }
 
+// The corner of the window the preview was drawn in becomes its texture.
+// Copied inside the driver: read back and uploaded again it cost a
+// conversion each way and a wait for the processor each frame.
 void sMenu::readback(unsigned int texture) {
-    glReadPixels(0, 0, (int)dynsize, (int)dynsize, GL_RGB, GL_UNSIGNED_BYTE, dyntexdata);
+    if (!shortcuts.previews) glReadPixels(0, 0, (int)dynsize, (int)dynsize, GL_RGB, GL_UNSIGNED_BYTE, dyntexdata);
     glBindTexture(GL_TEXTURE_2D, texture);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    glTexImage2D(GL_TEXTURE_2D, 0, 3, (int)dynsize, (int)dynsize, 0, GL_RGB, GL_UNSIGNED_BYTE, dyntexdata);
+    if (!shortcuts.previews) {
+        glTexImage2D(GL_TEXTURE_2D, 0, 3, (int)dynsize, (int)dynsize, 0, GL_RGB, GL_UNSIGNED_BYTE, dyntexdata);
+        return;
+    }
+    GLint width = 0;
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &width);
+    if (width != (GLint)dynsize)
+        glTexImage2D(GL_TEXTURE_2D, 0, 3, (int)dynsize, (int)dynsize, 0, GL_RGB, GL_UNSIGNED_BYTE, nullptr);
+    glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 0, 0, (int)dynsize, (int)dynsize);
 }
 
 void sMenu::previews() {

@@ -34,6 +34,8 @@ struct sShortcuts {
     bool brightness = true;
     // The sky only where the ground's dirt has not covered it, drawn right after it.
     bool sky = true;
+    // The menu's previews copied to their textures inside the driver, not read back and uploaded.
+    bool previews = true;
 };
 extern sShortcuts shortcuts;
 
