@@ -939,6 +939,7 @@ bool turnOff(const std::string& names) {
         if (name == "brightness") shortcuts.brightness = false;
         else if (name == "sky") shortcuts.sky = false;
         else if (name == "previews") shortcuts.previews = false;
+        else if (name == "splash") shortcuts.splash = false;
         else return false;
     }
     return true;

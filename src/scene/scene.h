@@ -36,6 +36,8 @@ struct sShortcuts {
     bool sky = true;
     // The menu's previews copied to their textures inside the driver, not read back and uploaded.
     bool previews = true;
+    // The loading splash drawn and shown again only when its bar has grown.
+    bool splash = true;
 };
 extern sShortcuts shortcuts;
 

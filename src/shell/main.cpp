@@ -35,6 +35,7 @@ sFontFNT fontFNT;
 sFontTGA fontTGA;
 sMenu menu;
 unsigned int splash_t, splash_0, splash_1;
+long splashSegmentsShown = -1;
 SDL_Surface* surface;
 
 void quit(int status) {
@@ -157,6 +158,7 @@ void splashScreen() {
 }
 
 void drawGL() {
+    splashSegmentsShown = -1;
     frameStep("clear");
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
     resizeGLwindow3D();
@@ -220,6 +222,7 @@ void startup() {
     SDL_GL_SwapBuffers();
     splashScreen();
     SDL_GL_SwapBuffers();
+    splashSegmentsShown = 0;
     glColor3f(1, 0, 0);
     initGL();
     joystick.init();

@@ -2,15 +2,20 @@
 // the game's own start-up, content and loop body, one race (six computer
 // karts, every effect at its highest) and the menu, stepped at a sixtieth of
 // a second a frame from the same start, once with a shortcut and once
-// without; the read-back windows must be identical to the last bit.
+// without; the read-back windows must be identical to the last bit. A screen
+// test: the splash case reads what the X screen shows, so these run alone.
 
 #include <gtest/gtest.h>
 
 #include <GL/gl.h>
 #include <SDL/SDL.h>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -87,6 +92,15 @@ protected:
         glReadPixels(0, 0, config.width, config.height, GL_RGB, GL_UNSIGNED_BYTE, p.data());
         return p;
     }
+    // Kept in the build tree for a person to look at, as TGA.
+    void keep(const std::vector<unsigned char>& rgb, const std::string& how) {
+        const ::testing::TestInfo* info = ::testing::UnitTest::GetInstance()->current_test_info();
+        std::string folder = std::string(BV_GAME_DIR) + "/../tests/shortcut_shots";
+        fs::create_directories(folder);
+        std::vector<unsigned char> bgr = rgb;
+        for (size_t i = 0; i + 2 < bgr.size(); i += 3) std::swap(bgr[i], bgr[i + 2]);
+        bvtest::writeTGA(folder + "/" + info->name() + "-" + how + ".tga", config.width, config.height, 24, bgr);
+    }
     // The picture with every shortcut, and without the one named.
     void expectSamePicture(bool sShortcuts::*which, int frames) {
         shortcuts = sShortcuts();
@@ -94,6 +108,8 @@ protected:
         shortcuts.*which = false;
         std::vector<unsigned char> plain = run(frames);
         shortcuts = sShortcuts();
+        keep(fast, "fast");
+        keep(plain, "plain");
         ASSERT_EQ(fast.size(), plain.size());
         size_t differ = 0;
         for (size_t i = 0; i < fast.size(); i++) differ += fast[i] != plain[i];
@@ -140,6 +156,55 @@ TEST_F(FrameShortcuts, TheSkyDrawnAroundTheGroundLooksTheSameInEveryView) {
 
 TEST_F(FrameShortcuts, PreviewsCopiedInTheDriverLookAsPreviewsReadBackAndUploaded) {
     expectSamePicture(&sShortcuts::previews, MENU_FRAMES);
+}
+
+// The start-up in a child process (a process starts up once), with or
+// without the splash shortcut: what the screen shows across the loading bar
+// when loading is done, then the first menu frame, written to a file.
+std::string startupPicture(bool fast, const std::string& out) {
+    pid_t pid = fork();
+    if (pid == 0) {
+        shortcuts.splash = fast;
+        startup();
+        std::ofstream f(out, std::ios::binary);
+        for (int x = 0; x < 1024; x += 3) {
+            bvtest::Pixel p = bvtest::screenPixel(x, (int)(0.1525 * 768));
+            f << (char)p.r << (char)p.g << (char)p.b;
+        }
+        // The loop body's drawing at a fixed rate: the previews turn by the frame rate.
+        performance.fps = 60;
+        drawGL();
+        glFinish();
+        std::vector<unsigned char> p(config.width * config.height * 3);
+        glPixelStorei(GL_PACK_ALIGNMENT, 1);
+        glReadPixels(0, 0, config.width, config.height, GL_RGB, GL_UNSIGNED_BYTE, p.data());
+        f.write((const char*)p.data(), (std::streamsize)p.size());
+        f.close();
+        _exit(f ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(pid, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    return bvtest::readFile(out);
+}
+
+TEST(SplashShortcut, TheSplashDrawnOnlyWhenTheBarGrowsEndsAsTheSplashDrawnForEveryFile) {
+    bvtest::ScratchDir dir;
+    setenv("ALSOFT_DRIVERS", "null", 0);
+    fs::path game = fs::path(BV_GAME_DIR) / "Data";
+    fs::create_directories("Data");
+    for (const char* d : {"Ads", "Fonts", "GUI", "Models", "Sounds", "Textures", "Tracks"})
+        fs::create_directory_symlink(game / d, fs::path("Data") / d);
+    for (const char* d : {"Ghosts", "Highscore", "Screenshots"}) fs::create_directories(fs::path("Data") / d);
+    fs::copy_file(game / "config.bvd", "Data/config.bvd");
+    std::string plain = startupPicture(false, "plain.rgb");
+    std::string fast = startupPicture(true, "fast.rgb");
+    ASSERT_GT(plain.size(), 1024u * 768 * 3);
+    ASSERT_EQ(plain.size(), fast.size());
+    const size_t bar = (1024 + 2) / 3 * 3;
+    EXPECT_TRUE(plain.compare(0, bar, fast, 0, bar) == 0) << "the loading bar on the screen differs";
+    EXPECT_TRUE(plain.compare(bar, std::string::npos, fast, bar, std::string::npos) == 0)
+        << "the first menu frame differs";
 }
 
 }  // namespace
