@@ -773,20 +773,16 @@ void sTrack::isinview() {
     }
 }
 
-void sTrack::drawObjects() {
-    const unsigned int nobjects = nMiscobjects < TRACK_MAXOBJECTS ? nMiscobjects : TRACK_MAXOBJECTS;
-    const unsigned int ncentre = nCpoints < TRACK_MAXPOINTS ? nCpoints : TRACK_MAXPOINTS;
-    const unsigned int n = nLRpoints < TRACK_MAXPOINTS ? nLRpoints : TRACK_MAXPOINTS;
-    const float h = barrier_height, w = barrier_width;
-
+// The gantry over the finish line, and a TV camera on its stand at every
+// centre point in view; the stands are turned by a fixed scatter, the heads
+// aim wherever the shadow pass last aimed them.
+void sTrack::drawGantryAndCameras(unsigned int ncentre) {
     glColor3f(1, 1, 1);
     glPushMatrix();
     glTranslatef(trackscale * 218, 0, 2.5f);
     finish3DS.drawlist();
     glPopMatrix();
 
-    // A TV camera on its stand at every centre point; the stands are turned
-    // by a fixed scatter, the heads aim wherever the shadow pass last aimed them.
     for (unsigned int i = 0; i < ncentre; i++) {
         if (!inviewCpoint[i]) continue;
         glPushMatrix();
@@ -801,6 +797,15 @@ void sTrack::drawObjects() {
         camera3DS.drawlist();
         glPopMatrix();
     }
+}
+
+void sTrack::drawObjects() {
+    const unsigned int nobjects = nMiscobjects < TRACK_MAXOBJECTS ? nMiscobjects : TRACK_MAXOBJECTS;
+    const unsigned int ncentre = nCpoints < TRACK_MAXPOINTS ? nCpoints : TRACK_MAXPOINTS;
+    const unsigned int n = nLRpoints < TRACK_MAXPOINTS ? nLRpoints : TRACK_MAXPOINTS;
+    const float h = barrier_height, w = barrier_width;
+
+    drawGantryAndCameras(ncentre);
 
     glEnable(GL_TEXTURE_2D);
 
@@ -873,6 +878,13 @@ void sTrack::drawObjects() {
         glEnd();
     }
 
+    drawRoadsideObjects(nobjects);
+
+    glCallList(LIST_fences);
+}
+
+// The roadside objects in view; plants and advertisement boards have their pictures.
+void sTrack::drawRoadsideObjects(unsigned int nobjects) {
     for (unsigned int i = 0; i < nobjects; i++) {
         if (!inviewMiscObject[i]) continue;
         unsigned int type = typeMiscobject[i];
@@ -906,8 +918,6 @@ void sTrack::drawObjects() {
         }
         glPopMatrix();
     }
-
-    glCallList(LIST_fences);
 }
 
 void sTrack::free() {

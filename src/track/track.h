@@ -107,6 +107,8 @@ private:
     void buildRoadside(unsigned int n);
     void buildFencePoles(unsigned int n);
     void buildFinishLine();
+    void drawGantryAndCameras(unsigned int ncentre);
+    void drawRoadsideObjects(unsigned int nobjects);
     void buildFences();
     void finishLine(sTrackPoint& a, sTrackPoint& b, sTrackPoint& dir) const;
 };
