@@ -308,12 +308,23 @@ void sMenu::arrows() {
     }
 }
 
+// The corner of the window the preview was drawn in becomes its texture.
+// Copied inside the driver: read back and uploaded again it cost a
+// conversion each way and a wait for the processor each frame.
 void sMenu::readback(unsigned int texture) {
-    glReadPixels(0, 0, (int)dynsize, (int)dynsize, GL_RGB, GL_UNSIGNED_BYTE, dyntexdata);
+    if (!shortcuts.previews) glReadPixels(0, 0, (int)dynsize, (int)dynsize, GL_RGB, GL_UNSIGNED_BYTE, dyntexdata);
     glBindTexture(GL_TEXTURE_2D, texture);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    glTexImage2D(GL_TEXTURE_2D, 0, 3, (int)dynsize, (int)dynsize, 0, GL_RGB, GL_UNSIGNED_BYTE, dyntexdata);
+    if (!shortcuts.previews) {
+        glTexImage2D(GL_TEXTURE_2D, 0, 3, (int)dynsize, (int)dynsize, 0, GL_RGB, GL_UNSIGNED_BYTE, dyntexdata);
+        return;
+    }
+    GLint width = 0;
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &width);
+    if (width != (GLint)dynsize)
+        glTexImage2D(GL_TEXTURE_2D, 0, 3, (int)dynsize, (int)dynsize, 0, GL_RGB, GL_UNSIGNED_BYTE, nullptr);
+    glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 0, 0, (int)dynsize, (int)dynsize);
 }
 
 void sMenu::previews() {
@@ -321,6 +332,7 @@ void sMenu::previews() {
     r += 15.0f / performance.fps;
 
     // The player's kart on its turntable.
+    frameStep("kart preview");
     glViewport(0, 0, (int)dynsize, (int)dynsize);
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
@@ -340,6 +352,7 @@ void sMenu::previews() {
     readback(dyntex[0]);
 
     // The selected track, turning the other way under the camera.
+    frameStep("track preview");
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     glLoadIdentity();
     camera.ay = -r;
@@ -380,8 +393,10 @@ void sMenu::mainscreen() {
     arrows();
     previews();
 
+    frameStep("backdrop");
     resizeGLwindow2D(1, 1);
     fullscreenquad(tgaMenu);
+    frameStep("preview pictures");
     glEnable(GL_TEXTURE_2D);
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_DST_ALPHA);
@@ -391,6 +406,7 @@ void sMenu::mainscreen() {
     glDisable(GL_BLEND);
     glDisable(GL_TEXTURE_2D);
 
+    frameStep("buttons and texts");
     sMenuButton* large[5] = {&aboutB, &creditsB, &recordsB, &raceB, &quitB};
     for (sMenuButton* b : large)
         if (b->draw()) {

@@ -78,18 +78,20 @@ void resetScene() {
     t = 0;
 }
 
-void drawScene() {
-    const sCamera target = camera;
-    const unsigned int n = racingKarts();
+void (*frameStepHook)(const char* step) = nullptr;
+sShortcuts shortcuts;
 
-    FSOUND_SetSFXMasterVolume((int)config.soundvolume);
+namespace {
 
-    // The start clock stops at 4: it only times the countdown.
+// The start clock stops at 4: it only times the countdown.
+void runStartClock() {
     if (t < 4.0f) {
         e = bvclock();
         t = (float)(int)(e - s) / BV_CLOCKS_PER_SEC;
     }
+}
 
+void driveKarts(unsigned int n) {
     for (unsigned int i = 0; i < n; i++) gokart[i].colide();
     if (config.nhumanplayers >= 1) {
         gokart[0].kLEFT = keyboard.key[KEY_LEFT];
@@ -114,64 +116,122 @@ void drawScene() {
             gokart[i].think();
             gokart[i].move();
         }
+}
 
+// The kart the camera follows.
+unsigned int aimCamera(const sCamera& target) {
     camera.setmode();
     unsigned int focus = config.gokartfocus < GOKART_NKARTS ? config.gokartfocus : 0;
     camera.follow(target, gokart[focus]);
+    return focus;
+}
 
-    glPushMatrix();
-    camera.transform();
-
-    // The sky is far away everywhere: no depth, and not moved with the eye.
+// The sky is far away everywhere: no depth, and not moved with the eye.
+void drawSky() {
+    if (shortcuts.sky) return;  // drawn with the ground instead
+    frameStep("sky");
     glDisable(GL_DEPTH_TEST);
     if (config.fog) glEnable(GL_FOG);
     sky3DS.drawlist();
     if (config.fog) glDisable(GL_FOG);
     glEnable(GL_DEPTH_TEST);
+}
 
+// The sky where the dirt under the track left the window empty (stencil bit 2
+// clear). Everything the dirt drew is opaque and drawn over the sky anyway,
+// and nothing between the two looks at the colours, so the picture is the
+// same as with the sky drawn first; the sky's fragments under the dirt,
+// most of a race view, are never shaded.
+void drawSkyAroundGround() {
+    frameStep("sky");
+    glDisable(GL_LIGHTING);
+    glEnable(GL_CULL_FACE);
+    glDisable(GL_DEPTH_TEST);
+    glEnable(GL_STENCIL_TEST);
+    glStencilFunc(GL_EQUAL, 0, 2);
+    glStencilOp(GL_KEEP, GL_KEEP, GL_KEEP);
+    sky3DS.drawlist();
+    glEnable(GL_LIGHTING);
+    frameStep("ground");
+}
+
+void castShadows(unsigned int n) {
     track.isinview();
     // Only the karts in this race: the others wait on the grid unseen.
     for (unsigned int i = 0; i < n; i++) gokart[i].isinview();
 
+    frameStep("shadow volumes (stencil only)");
     beginShadowBatch();
     track.castshadow();
     if (config.shadows)
         for (unsigned int i = 0; i < n; i++) gokart[i].castshadow();
     endShadowBatch();
+}
 
+// Fog stays on from here to the last thing drawn in the world.
+void drawGround() {
+    frameStep("ground");
     glEnable(GL_LIGHTING);
     // Given again under the view, so that the light stays put in the world.
     glLightfv(GL_LIGHT0, GL_POSITION, LightPosition);
     if (config.fog) glEnable(GL_FOG);
-    glCallList(track.LIST_ground);
+    if (shortcuts.sky && track.LIST_ground) {
+        glCallList(track.LIST_ground + 3);
+        drawSkyAroundGround();
+        glCallList(track.LIST_ground + 2);
+    } else {
+        glCallList(track.LIST_ground);
+    }
     glDisable(GL_LIGHTING);
+}
 
+void drawGroundMarks(unsigned int n) {
+    frameStep("ground shadows");
     track.drawshadowmap();
     // With shadows off every kart gets its blob; otherwise only those whose
     // stencil shadow was not cast.
     for (unsigned int i = 0; i < n; i++)
         if (!config.shadows || gokart[i].doshadowmap) gokart[i].drawshadowmap();
 
+    frameStep("skid marks");
     if (config.skidmarks)
         for (unsigned int i = 0; i < n; i++) gokart[i].drawslides();
+}
 
+void drawKartsAndScenery(unsigned int n) {
+    frameStep("karts");
     glEnable(GL_LIGHTING);
     for (unsigned int i = 0; i < n; i++) gokart[i].draw();
 
+    frameStep("ghost");
     ghostframe();
 
+    frameStep("track objects");
     track.drawObjects();
 
     glDisable(GL_LIGHTING);
     if (config.fog) glDisable(GL_FOG);
+}
 
+void drawWorld(unsigned int n) {
+    glPushMatrix();
+    camera.transform();
+    drawSky();
+    castShadows(n);
+    drawGround();
+    drawGroundMarks(n);
+    drawKartsAndScenery(n);
+    frameStep("sun");
     if (config.lensflare) lensflare.calc();
     lensflare.drawsun();
-
     glPopMatrix();
+}
 
+void drawOverlays(unsigned int focus) {
+    frameStep("lens flare");
     if (config.lensflare) lensflare.draw();
 
+    frameStep("dial and texts");
     if (config.hud && camera.mode == CAMERA_DRIVER) gokart[focus].drawhud();
 
     highscore.dispifnewrecord();
@@ -183,7 +243,9 @@ void drawScene() {
     // The countdown counts up, and "GO!" comes a second after the karts are off.
     const char* start = t < 1 ? "1" : t < 2 ? "2" : t < 3 ? "3" : t < 4 ? "GO!" : nullptr;
     if (start) fontTGA.out(0.5f, 0.5f, 1, 0, 0, FONT_ALIGN_CENTER, 0.05f, "%s", start);
+}
 
+void handleRaceKeys() {
     if (keyboard.key[KEY_F12]) {
         fsaveTGA();
         performance.discardnext();
@@ -195,6 +257,21 @@ void drawScene() {
         SDL_ShowCursor(1);
         resetScene();
     }
+}
+
+}  // namespace
+
+void drawScene() {
+    const sCamera target = camera;
+    const unsigned int n = racingKarts();
+
+    FSOUND_SetSFXMasterVolume((int)config.soundvolume);
+    runStartClock();
+    driveKarts(n);
+    unsigned int focus = aimCamera(target);
+    drawWorld(n);
+    drawOverlays(focus);
+    handleRaceKeys();
 }
 
 void killScene() {

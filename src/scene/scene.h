@@ -27,4 +27,25 @@ extern float t;
 
 extern s3DS sky3DS;
 
+// Ways of drawing a frame with less work and the very same picture; each
+// can be turned off, so that a test can draw a frame both ways and compare.
+struct sShortcuts {
+    // The brightness overlay only when it adds something.
+    bool brightness = true;
+    // The sky only where the ground's dirt has not covered it, drawn right after it.
+    bool sky = true;
+    // The menu's previews copied to their textures inside the driver, not read back and uploaded.
+    bool previews = true;
+    // The loading splash drawn and shown again only when its bar has grown.
+    bool splash = true;
+};
+extern sShortcuts shortcuts;
+
+// Told the name of each drawing step of a frame as it begins, when set (the
+// frame-time harness counts and times the steps with it); never set in a game.
+extern void (*frameStepHook)(const char* step);
+inline void frameStep(const char* step) {
+    if (frameStepHook) frameStepHook(step);
+}
+
 #endif

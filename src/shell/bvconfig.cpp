@@ -257,13 +257,17 @@ void sConfig::checkvars() {
 void sConfig::disploaded(const char* loadedfile) {
     loaded += qbGetFileSize(loadedfile);
     if (totalsize == 0) totalsize = 1;
+    // The same picture again is nothing new to see, and drawing it took a
+    // third of the start-up: only a new segment of the bar is drawn and shown.
+    unsigned long n = loaded * 10 / totalsize;
+    if (shortcuts.splash && splashSegmentsShown >= 0 && (unsigned long)splashSegmentsShown == n) return;
+    splashSegmentsShown = (long)n;
     splashScreen();
     glEnable(GL_TEXTURE_2D);
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     glBindTexture(GL_TEXTURE_2D, splash_1);
     glColor3f(1, 1, 1);
-    unsigned long n = loaded * 10 / totalsize;
     for (unsigned long i = 0; i < n; i++) drawSplashSegment(i);
     glDisable(GL_BLEND);
     glDisable(GL_TEXTURE_2D);

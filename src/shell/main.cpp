@@ -35,6 +35,7 @@ sFontFNT fontFNT;
 sFontTGA fontTGA;
 sMenu menu;
 unsigned int splash_t, splash_0, splash_1;
+long splashSegmentsShown = -1;
 SDL_Surface* surface;
 
 void quit(int status) {
@@ -157,17 +158,27 @@ void splashScreen() {
 }
 
 void drawGL() {
+    splashSegmentsShown = -1;
+    frameStep("clear");
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
     resizeGLwindow3D();
     menu.display();
-    // The brightness correction: an additive grey quad, drawn even when it adds nothing.
+    // The brightness correction: an additive grey quad. At 0 it adds nothing
+    // to any pixel, and a whole window of blended fragments is a good part of
+    // a frame on a software renderer. The 2D projection it sets up stays, as
+    // what follows draws in it.
+    frameStep("brightness");
     resizeGLwindow2D(1, 1);
-    glEnable(GL_BLEND);
-    glBlendFunc(GL_ONE, GL_ONE);
+    // The colour and blend function are left as the quad leaves them either way.
     float g = config.gammacorrection / 100.0f;
+    glBlendFunc(GL_ONE, GL_ONE);
     glColor3f(g, g, g);
-    unitquad(0, 0, 1, 1);
-    glDisable(GL_BLEND);
+    if (g > 0 || !shortcuts.brightness) {
+        glEnable(GL_BLEND);
+        unitquad(0, 0, 1, 1);
+        glDisable(GL_BLEND);
+    }
+    frameStep("meters and console");
     performance.display();
     keyboard.display();
 }
@@ -211,6 +222,7 @@ void startup() {
     SDL_GL_SwapBuffers();
     splashScreen();
     SDL_GL_SwapBuffers();
+    splashSegmentsShown = 0;
     glColor3f(1, 0, 0);
     initGL();
     joystick.init();

@@ -16,6 +16,9 @@ void initGL();
 void resizeGLwindow2D(float w, float h);
 void resizeGLwindow3D();
 void splashScreen();
+// Filled segments of the loading bar on the screen now; -1 when something
+// else has been shown since (the game's frames) or nothing yet.
+extern long splashSegmentsShown;
 void drawSplashSegment(unsigned long i);
 void drawGL();
 void wireframe();

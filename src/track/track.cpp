@@ -398,26 +398,75 @@ void sTrack::buildGeometry() {
     }
 }
 
-void sTrack::buildGround() {
-    if (LIST_ground && glIsList(LIST_ground)) glDeleteLists(LIST_ground, 1);
-    LIST_ground = glGenLists(1);
-    glNewList(LIST_ground, GL_COMPILE);
+namespace {
 
+// A band outside one barrier line from d0 to d1 outwards, its alpha going
+// from a0 to a1: across it the picture repeats with the distance from the
+// barrier, along it with the distance driven.
+void band(const sTrackPoint* P, const sTrackPoint* N, const float* T, unsigned int n, float d0, float d1, float a0,
+          float a1, float shade) {
+    glBegin(GL_QUAD_STRIP);
+    for (unsigned int i = 0; i <= n; i++) {
+        float along = T[i] / GROUND_REPEAT;
+        glColor4f(shade, shade, shade, a0);
+        glTexCoord2f(along, d0 / GROUND_REPEAT);
+        vertex(outwards(P[i], N[i], d0), 0);
+        glColor4f(shade, shade, shade, a1);
+        glTexCoord2f(along, d1 / GROUND_REPEAT);
+        vertex(outwards(P[i], N[i], d1), 0);
+    }
+    glEnd();
+}
+
+}  // namespace
+
+// Four lists: LIST_ground draws the whole ground by calling LIST_ground + 1,
+// the plain dirt under everything, and LIST_ground + 2, all that lies on it.
+// LIST_ground + 3 is the dirt again, marking where it drew, so that a race
+// frame can draw the sky between the two halves only where the dirt did not.
+void sTrack::buildGround() {
+    if (LIST_ground && glIsList(LIST_ground)) glDeleteLists(LIST_ground, 4);
+    LIST_ground = glGenLists(4);
+    glNewList(LIST_ground + 1, GL_COMPILE);
+    buildGroundBase(false);
+    glEndList();
+    glNewList(LIST_ground + 2, GL_COMPILE);
+    buildGroundCover();
+    glEndList();
+    glNewList(LIST_ground + 3, GL_COMPILE);
+    buildGroundBase(true);
+    glEndList();
+    glNewList(LIST_ground, GL_COMPILE);
+    glCallList(LIST_ground + 1);
+    glCallList(LIST_ground + 2);
+    glEndList();
+}
+
+// The dirt under the whole track, opaque. With mark, every pixel it draws
+// gets stencil bit 2 (bit 1 is the shadows').
+void sTrack::buildGroundBase(bool mark) {
     glDisable(GL_DEPTH_TEST);
     glEnable(GL_TEXTURE_2D);
     glNormal3f(0, 1, 0);
     glEnable(GL_STENCIL_TEST);
-    glStencilOp(GL_KEEP, GL_KEEP, GL_KEEP);
+    if (mark) {
+        glStencilMask(2);
+        glStencilOp(GL_KEEP, GL_KEEP, GL_REPLACE);
+    } else {
+        glStencilOp(GL_KEEP, GL_KEEP, GL_KEEP);
+    }
     // The ground is seen from above whichever way round a track was drawn.
     glDisable(GL_CULL_FACE);
 
     glBindTexture(GL_TEXTURE_2D, dirtTexture[whichDirt]);
+    // Compared on bit 1 only; 3 writes bit 2 when marking.
+    const int ref = mark ? 3 : 1;
     for (int pass = 0; pass < 2; pass++) {
         if (pass == 0) {
-            glStencilFunc(GL_EQUAL, 1, 1);
+            glStencilFunc(GL_EQUAL, ref, 1);
             glColor3f(0.5f, 0.5f, 0.5f);
         } else {
-            glStencilFunc(GL_NOTEQUAL, 1, 1);
+            glStencilFunc(GL_NOTEQUAL, ref, 1);
             glColor3f(1, 1, 1);
         }
         for (int z = -256; z <= 256; z += 32) {
@@ -431,69 +480,87 @@ void sTrack::buildGround() {
             glEnd();
         }
     }
+    if (mark) {
+        glStencilMask(~0u);
+        glStencilOp(GL_KEEP, GL_KEEP, GL_KEEP);
+    }
+}
+
+// Road, roadside, fence posts and finish line. The state the dirt set up is
+// set again first: the sky may have been drawn in between.
+void sTrack::buildGroundCover() {
+    glDisable(GL_DEPTH_TEST);
+    glEnable(GL_TEXTURE_2D);
+    glNormal3f(0, 1, 0);
+    glEnable(GL_STENCIL_TEST);
+    glStencilOp(GL_KEEP, GL_KEEP, GL_KEEP);
+    glDisable(GL_CULL_FACE);
 
     const unsigned int n = nLRpoints;
-
-    // The road between the barrier lines: across the road the picture spans
-    // once, along it it repeats with the distance driven.
-    glBindTexture(GL_TEXTURE_2D, roadTexture[whichRoad]);
     if (n > 0) {
-        shadowedPasses(1.0f, [&](float shade, float) {
-            glColor3f(shade, shade, shade);
-            glBegin(GL_QUAD_STRIP);
-            for (unsigned int i = 0; i <= n; i++) {
-                float along = (LTcoord[i] + RTcoord[i]) / 2 / GROUND_REPEAT;
-                glTexCoord2f(0, along);
-                vertex(Lpoint[i], 0);
-                glTexCoord2f(1, along);
-                vertex(Rpoint[i], 0);
-            }
-            glEnd();
-        });
+        buildRoad(n);
+        buildRoadside(n);
+    } else {
+        // As the roadside leaves the state when there is one.
+        glEnable(GL_DEPTH_TEST);
+        glEnable(GL_BLEND);
+        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     }
+    buildFencePoles(n);
+    glBindTexture(GL_TEXTURE_2D, finishTexture);
+    if (n > 0) buildFinishLine();
 
-    // A band outside one barrier from d0 to d1, its alpha going from a0 to a1.
-    auto band = [&](const sTrackPoint* P, const sTrackPoint* N, const float* T, float d0, float d1, float a0,
-                    float a1, float shade) {
+    glDisable(GL_STENCIL_TEST);
+    glDisable(GL_BLEND);
+    glDisable(GL_TEXTURE_2D);
+    glEnable(GL_CULL_FACE);
+    glColor4f(1, 1, 1, 1);
+}
+
+// The road between the barrier lines: across the road the picture spans
+// once, along it it repeats with the distance driven.
+void sTrack::buildRoad(unsigned int n) {
+    glBindTexture(GL_TEXTURE_2D, roadTexture[whichRoad]);
+    shadowedPasses(1.0f, [&](float shade, float) {
+        glColor3f(shade, shade, shade);
         glBegin(GL_QUAD_STRIP);
         for (unsigned int i = 0; i <= n; i++) {
-            float along = T[i] / GROUND_REPEAT;
-            glColor4f(shade, shade, shade, a0);
-            glTexCoord2f(along, d0 / GROUND_REPEAT);
-            vertex(outwards(P[i], N[i], d0), 0);
-            glColor4f(shade, shade, shade, a1);
-            glTexCoord2f(along, d1 / GROUND_REPEAT);
-            vertex(outwards(P[i], N[i], d1), 0);
+            float along = (LTcoord[i] + RTcoord[i]) / 2 / GROUND_REPEAT;
+            glTexCoord2f(0, along);
+            vertex(Lpoint[i], 0);
+            glTexCoord2f(1, along);
+            vertex(Rpoint[i], 0);
         }
         glEnd();
-    };
+    });
+}
 
+// Dirt along both barriers, then the grass fading in and out beyond it.
+void sTrack::buildRoadside(unsigned int n) {
     glEnable(GL_DEPTH_TEST);
     glBindTexture(GL_TEXTURE_2D, dirtTexture[whichDirt]);
-    if (n > 0) {
-        shadowedPasses(1.0f, [&](float shade, float) {
-            band(Lpoint, LNpoint, LTcoord, 0, DIRT_BAND, 1, 1, shade);
-            band(Rpoint, RNpoint, RTcoord, 0, DIRT_BAND, 1, 1, shade);
-        });
-    }
+    shadowedPasses(1.0f, [&](float shade, float) {
+        band(Lpoint, LNpoint, LTcoord, n, 0, DIRT_BAND, 1, 1, shade);
+        band(Rpoint, RNpoint, RTcoord, n, 0, DIRT_BAND, 1, 1, shade);
+    });
 
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     glBindTexture(GL_TEXTURE_2D, grassTexture);
-    if (n > 0) {
-        shadowedPasses(1.0f, [&](float shade, float) {
-            for (int side = 0; side < 2; side++) {
-                const sTrackPoint* P = side == 0 ? Lpoint : Rpoint;
-                const sTrackPoint* N = side == 0 ? LNpoint : RNpoint;
-                const float* T = side == 0 ? LTcoord : RTcoord;
-                band(P, N, T, GRASS_IN, GRASS_FULL, 0, 1, shade);
-                band(P, N, T, GRASS_FULL, GRASS_LAST, 1, 1, shade);
-                band(P, N, T, GRASS_LAST, GRASS_OUT, 1, 0, shade);
-            }
-        });
-    }
+    shadowedPasses(1.0f, [&](float shade, float) {
+        for (int side = 0; side < 2; side++) {
+            const sTrackPoint* P = side == 0 ? Lpoint : Rpoint;
+            const sTrackPoint* N = side == 0 ? LNpoint : RNpoint;
+            const float* T = side == 0 ? LTcoord : RTcoord;
+            band(P, N, T, n, GRASS_IN, GRASS_FULL, 0, 1, shade);
+            band(P, N, T, n, GRASS_FULL, GRASS_LAST, 1, 1, shade);
+            band(P, N, T, n, GRASS_LAST, GRASS_OUT, 1, 0, shade);
+        }
+    });
+}
 
-    // Fence posts stand up out of the ground; the ground's shadow marks are not theirs.
+// Fence posts stand up out of the ground; the ground's shadow marks are not theirs.
+void sTrack::buildFencePoles(unsigned int n) {
     glColor4f(1, 1, 1, 0.5f);
     glBindTexture(GL_TEXTURE_2D, poleTexture);
     glDisable(GL_STENCIL_TEST);
@@ -519,38 +586,30 @@ void sTrack::buildGround() {
         }
     }
     glEnd();
-
-    // The chequered line across the road under the gantry.
-    glBindTexture(GL_TEXTURE_2D, finishTexture);
     glEnable(GL_STENCIL_TEST);
-    if (n > 0) {
-        sTrackPoint a, b, dir;
-        finishLine(a, b, dir);
-        float dx = b.x - a.x, dz = b.z - a.z;
-        float tiles = std::round(std::sqrt(dx * dx + dz * dz) / FINISH_TILE);
-        if (tiles < 1) tiles = 1;
-        sTrackPoint back = {dir.x * FINISH_HALFDEPTH, dir.z * FINISH_HALFDEPTH};
-        shadowedPasses(0.9f, [&](float shade, float alpha) {
-            glColor4f(shade, shade, shade, alpha);
-            glBegin(GL_QUADS);
-            glTexCoord2f(0, 0);
-            glVertex3f(a.x - back.x, 0, a.z - back.z);
-            glTexCoord2f(tiles, 0);
-            glVertex3f(b.x - back.x, 0, b.z - back.z);
-            glTexCoord2f(tiles, 1);
-            glVertex3f(b.x + back.x, 0, b.z + back.z);
-            glTexCoord2f(0, 1);
-            glVertex3f(a.x + back.x, 0, a.z + back.z);
-            glEnd();
-        });
-    }
+}
 
-    glDisable(GL_STENCIL_TEST);
-    glDisable(GL_BLEND);
-    glDisable(GL_TEXTURE_2D);
-    glEnable(GL_CULL_FACE);
-    glColor4f(1, 1, 1, 1);
-    glEndList();
+// The chequered line across the road under the gantry.
+void sTrack::buildFinishLine() {
+    sTrackPoint a, b, dir;
+    finishLine(a, b, dir);
+    float dx = b.x - a.x, dz = b.z - a.z;
+    float tiles = std::round(std::sqrt(dx * dx + dz * dz) / FINISH_TILE);
+    if (tiles < 1) tiles = 1;
+    sTrackPoint back = {dir.x * FINISH_HALFDEPTH, dir.z * FINISH_HALFDEPTH};
+    shadowedPasses(0.9f, [&](float shade, float alpha) {
+        glColor4f(shade, shade, shade, alpha);
+        glBegin(GL_QUADS);
+        glTexCoord2f(0, 0);
+        glVertex3f(a.x - back.x, 0, a.z - back.z);
+        glTexCoord2f(tiles, 0);
+        glVertex3f(b.x - back.x, 0, b.z - back.z);
+        glTexCoord2f(tiles, 1);
+        glVertex3f(b.x + back.x, 0, b.z + back.z);
+        glTexCoord2f(0, 1);
+        glVertex3f(a.x + back.x, 0, a.z + back.z);
+        glEnd();
+    });
 }
 
 // Where the road crosses the gantry's line z = 2.5, nearest the gantry: the
@@ -749,20 +808,16 @@ void sTrack::isinview() {
     }
 }
 
-void sTrack::drawObjects() {
-    const unsigned int nobjects = nMiscobjects < TRACK_MAXOBJECTS ? nMiscobjects : TRACK_MAXOBJECTS;
-    const unsigned int ncentre = nCpoints < TRACK_MAXPOINTS ? nCpoints : TRACK_MAXPOINTS;
-    const unsigned int n = nLRpoints < TRACK_MAXPOINTS ? nLRpoints : TRACK_MAXPOINTS;
-    const float h = barrier_height, w = barrier_width;
-
+// The gantry over the finish line, and a TV camera on its stand at every
+// centre point in view; the stands are turned by a fixed scatter, the heads
+// aim wherever the shadow pass last aimed them.
+void sTrack::drawGantryAndCameras(unsigned int ncentre) {
     glColor3f(1, 1, 1);
     glPushMatrix();
     glTranslatef(trackscale * 218, 0, 2.5f);
     finish3DS.drawlist();
     glPopMatrix();
 
-    // A TV camera on its stand at every centre point; the stands are turned
-    // by a fixed scatter, the heads aim wherever the shadow pass last aimed them.
     for (unsigned int i = 0; i < ncentre; i++) {
         if (!inviewCpoint[i]) continue;
         glPushMatrix();
@@ -777,6 +832,15 @@ void sTrack::drawObjects() {
         camera3DS.drawlist();
         glPopMatrix();
     }
+}
+
+void sTrack::drawObjects() {
+    const unsigned int nobjects = nMiscobjects < TRACK_MAXOBJECTS ? nMiscobjects : TRACK_MAXOBJECTS;
+    const unsigned int ncentre = nCpoints < TRACK_MAXPOINTS ? nCpoints : TRACK_MAXPOINTS;
+    const unsigned int n = nLRpoints < TRACK_MAXPOINTS ? nLRpoints : TRACK_MAXPOINTS;
+    const float h = barrier_height, w = barrier_width;
+
+    drawGantryAndCameras(ncentre);
 
     glEnable(GL_TEXTURE_2D);
 
@@ -849,6 +913,13 @@ void sTrack::drawObjects() {
         glEnd();
     }
 
+    drawRoadsideObjects(nobjects);
+
+    glCallList(LIST_fences);
+}
+
+// The roadside objects in view; plants and advertisement boards have their pictures.
+void sTrack::drawRoadsideObjects(unsigned int nobjects) {
     for (unsigned int i = 0; i < nobjects; i++) {
         if (!inviewMiscObject[i]) continue;
         unsigned int type = typeMiscobject[i];
@@ -882,14 +953,12 @@ void sTrack::drawObjects() {
         }
         glPopMatrix();
     }
-
-    glCallList(LIST_fences);
 }
 
 void sTrack::free() {
     highscore.save();
     ghost.save();
-    if (LIST_ground && glIsList(LIST_ground)) glDeleteLists(LIST_ground, 1);
+    if (LIST_ground && glIsList(LIST_ground)) glDeleteLists(LIST_ground, 4);
     if (LIST_fences && glIsList(LIST_fences)) glDeleteLists(LIST_fences, 1);
     LIST_ground = LIST_fences = 0;
 

@@ -64,6 +64,7 @@ struct sTrack {
     unsigned int typeMiscobject[TRACK_MAXOBJECTS];
     sTrackPoint miscobject[TRACK_MAXOBJECTS];
     s3DS* miscobjectPTR[TRACK_MAXOBJECTS];
+    // LIST_ground + 1 to + 3 are the ground's halves (see buildGround).
     unsigned int LIST_ground, LIST_fences;
 
     // Once per run: the track list, and the textures and models all tracks share.
@@ -123,6 +124,14 @@ private:
     // Closing, separating, normals and texture coordinates; the lists are built from them.
     void buildGeometry();
     void buildGround();
+    void buildGroundBase(bool mark);
+    void buildGroundCover();
+    void buildRoad(unsigned int n);
+    void buildRoadside(unsigned int n);
+    void buildFencePoles(unsigned int n);
+    void buildFinishLine();
+    void drawGantryAndCameras(unsigned int ncentre);
+    void drawRoadsideObjects(unsigned int nobjects);
     void buildFences();
     void finishLine(sTrackPoint& a, sTrackPoint& b, sTrackPoint& dir) const;
 };

@@ -1,0 +1,210 @@
+// Each way of drawing a frame with less work draws the very same picture:
+// the game's own start-up, content and loop body, one race (six computer
+// karts, every effect at its highest) and the menu, stepped at a sixtieth of
+// a second a frame from the same start, once with a shortcut and once
+// without; the read-back windows must be identical to the last bit. A screen
+// test: the splash case reads what the X screen shows, so these run alone.
+
+#include <gtest/gtest.h>
+
+#include <GL/gl.h>
+#include <SDL/SDL.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "frontend/menu.h"
+#include "kart/gokart.h"
+#include "scene/camera.h"
+#include "scene/scene.h"
+#include "shell/bvconfig.h"
+#include "shell/main.h"
+#include "shell/performance.h"
+#include "support/bvtest.h"
+#include "track/track.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const long CLOCK0 = 1000000000L;
+
+class FrameShortcuts : public ::testing::Test {
+protected:
+    void SetUp() override {
+        // No sound card on a test machine: OpenAL Soft's null device mixes and plays nowhere.
+        setenv("ALSOFT_DRIVERS", "null", 0);
+        fs::path game = fs::path(BV_GAME_DIR) / "Data";
+        fs::create_directories("Data");
+        for (const char* d : {"Ads", "Fonts", "GUI", "Models", "Sounds", "Textures", "Tracks"})
+            fs::create_directory_symlink(game / d, fs::path("Data") / d);
+        for (const char* d : {"Ghosts", "Highscore", "Screenshots"}) fs::create_directories(fs::path("Data") / d);
+        fs::copy_file(game / "config.bvd", "Data/config.bvd");
+        startup();
+    }
+    void TearDown() override { bvclock_override = -1; }
+
+    // The heaviest race: six computer karts, every effect at its highest.
+    void startRace() {
+        for (unsigned int i = 0; i < track.ntracks && i < TRACK_MAXNAMES; i++)
+            if (std::string(track.trackname[i]) == "Quarry") config.track = i;
+        ASSERT_EQ(std::string(track.trackname[config.track]), "Quarry");
+        track.load();
+        config.ngokarts = 6;
+        config.nhumanplayers = 0;
+        config.shadows = 3;
+        config.trackshadows = 1;
+        config.lensflare = 1;
+        config.skidmarks = 1;
+        config.fog = 1;
+        config.lod = 2;
+        menu.m = MENU_RACING;
+    }
+    // From the same start every time: clock, random numbers, karts, camera, turntables.
+    void restart() {
+        bvclock_override = CLOCK0;
+        srand(1);
+        menu.r = 0;
+        if (menu.m == MENU_RACING) {
+            resetScene();
+            camera.mode = view;
+        }
+        step = 0;
+    }
+    // `frames` passes of the loop body at a sixtieth of a second each; the window then.
+    std::vector<unsigned char> run(int frames) {
+        restart();
+        for (int i = 0; i < frames; i++) {
+            bvclock_override = CLOCK0 + ++step * BV_CLOCKS_PER_SEC / 60;
+            performance.fps = 60;
+            drawGL();
+            if (i + 1 < frames) SDL_GL_SwapBuffers();
+        }
+        glFinish();
+        std::vector<unsigned char> p(config.width * config.height * 3);
+        glPixelStorei(GL_PACK_ALIGNMENT, 1);
+        glReadPixels(0, 0, config.width, config.height, GL_RGB, GL_UNSIGNED_BYTE, p.data());
+        return p;
+    }
+    // Kept in the build tree for a person to look at, as TGA.
+    void keep(const std::vector<unsigned char>& rgb, const std::string& how) {
+        const ::testing::TestInfo* info = ::testing::UnitTest::GetInstance()->current_test_info();
+        std::string folder = std::string(BV_GAME_DIR) + "/../tests/shortcut_shots";
+        fs::create_directories(folder);
+        std::vector<unsigned char> bgr = rgb;
+        for (size_t i = 0; i + 2 < bgr.size(); i += 3) std::swap(bgr[i], bgr[i + 2]);
+        bvtest::writeTGA(folder + "/" + info->name() + "-" + how + ".tga", config.width, config.height, 24, bgr);
+    }
+    // The picture with every shortcut, and without the one named.
+    void expectSamePicture(bool sShortcuts::*which, int frames) {
+        shortcuts = sShortcuts();
+        std::vector<unsigned char> fast = run(frames);
+        shortcuts.*which = false;
+        std::vector<unsigned char> plain = run(frames);
+        shortcuts = sShortcuts();
+        keep(fast, "fast");
+        keep(plain, "plain");
+        ASSERT_EQ(fast.size(), plain.size());
+        size_t differ = 0;
+        for (size_t i = 0; i < fast.size(); i++) differ += fast[i] != plain[i];
+        EXPECT_EQ(differ, 0u) << "channels that differ, of " << fast.size();
+        // A picture, not an empty window: both ways drew something.
+        size_t lit = 0;
+        for (unsigned char c : fast) lit += c > 16;
+        EXPECT_GT(lit, fast.size() / 4);
+    }
+
+    bvtest::ScratchDir dir;
+    long step = 0;
+    unsigned int view = CAMERA_CHASE;
+};
+
+// Karts off the grid (2.5 s) and racing.
+const int RACE_FRAMES = 150;
+const int MENU_FRAMES = 20;
+
+TEST_F(FrameShortcuts, BrightnessAtZeroIsLeftOutOfTheRace) {
+    ASSERT_EQ(config.gammacorrection, 0u);
+    startRace();
+    expectSamePicture(&sShortcuts::brightness, RACE_FRAMES);
+}
+
+TEST_F(FrameShortcuts, BrightnessAtZeroIsLeftOutOfTheMenu) {
+    ASSERT_EQ(config.gammacorrection, 0u);
+    expectSamePicture(&sShortcuts::brightness, MENU_FRAMES);
+}
+
+TEST_F(FrameShortcuts, TheSkyDrawnAroundTheGroundLooksAsTheSkyDrawnUnderIt) {
+    startRace();
+    expectSamePicture(&sShortcuts::sky, RACE_FRAMES);
+}
+
+TEST_F(FrameShortcuts, TheSkyDrawnAroundTheGroundLooksTheSameInEveryView) {
+    startRace();
+    for (unsigned int mode : {CAMERA_DRIVER, CAMERA_TRACKSIDE, CAMERA_HIGH}) {
+        SCOPED_TRACE(mode);
+        view = mode;
+        expectSamePicture(&sShortcuts::sky, RACE_FRAMES / 2);
+    }
+}
+
+TEST_F(FrameShortcuts, PreviewsCopiedInTheDriverLookAsPreviewsReadBackAndUploaded) {
+    expectSamePicture(&sShortcuts::previews, MENU_FRAMES);
+}
+
+// The start-up in a child process (a process starts up once), with or
+// without the splash shortcut: what the screen shows across the loading bar
+// when loading is done, then the first menu frame, written to a file.
+std::string startupPicture(bool fast, const std::string& out) {
+    pid_t pid = fork();
+    if (pid == 0) {
+        shortcuts.splash = fast;
+        startup();
+        std::ofstream f(out, std::ios::binary);
+        for (int x = 0; x < 1024; x += 3) {
+            bvtest::Pixel p = bvtest::screenPixel(x, (int)(0.1525 * 768));
+            f << (char)p.r << (char)p.g << (char)p.b;
+        }
+        // The loop body's drawing at a fixed rate: the previews turn by the frame rate.
+        performance.fps = 60;
+        drawGL();
+        glFinish();
+        std::vector<unsigned char> p(config.width * config.height * 3);
+        glPixelStorei(GL_PACK_ALIGNMENT, 1);
+        glReadPixels(0, 0, config.width, config.height, GL_RGB, GL_UNSIGNED_BYTE, p.data());
+        f.write((const char*)p.data(), (std::streamsize)p.size());
+        f.close();
+        _exit(f ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(pid, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    return bvtest::readFile(out);
+}
+
+TEST(SplashShortcut, TheSplashDrawnOnlyWhenTheBarGrowsEndsAsTheSplashDrawnForEveryFile) {
+    bvtest::ScratchDir dir;
+    setenv("ALSOFT_DRIVERS", "null", 0);
+    fs::path game = fs::path(BV_GAME_DIR) / "Data";
+    fs::create_directories("Data");
+    for (const char* d : {"Ads", "Fonts", "GUI", "Models", "Sounds", "Textures", "Tracks"})
+        fs::create_directory_symlink(game / d, fs::path("Data") / d);
+    for (const char* d : {"Ghosts", "Highscore", "Screenshots"}) fs::create_directories(fs::path("Data") / d);
+    fs::copy_file(game / "config.bvd", "Data/config.bvd");
+    std::string plain = startupPicture(false, "plain.rgb");
+    std::string fast = startupPicture(true, "fast.rgb");
+    ASSERT_GT(plain.size(), 1024u * 768 * 3);
+    ASSERT_EQ(plain.size(), fast.size());
+    const size_t bar = (1024 + 2) / 3 * 3;
+    EXPECT_TRUE(plain.compare(0, bar, fast, 0, bar) == 0) << "the loading bar on the screen differs";
+    EXPECT_TRUE(plain.compare(bar, std::string::npos, fast, bar, std::string::npos) == 0)
+        << "the first menu frame differs";
+}
+
+}  // namespace
