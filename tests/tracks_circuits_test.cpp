@@ -15,7 +15,7 @@
 
 #include "datagen/trackcheck.h"
 #include "datagen/tracks.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 using namespace bvtest;
 

@@ -1,4 +1,4 @@
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 #include <gtest/gtest.h>
 #include <sndfile.h>
@@ -269,9 +269,12 @@ unsigned long GameProcess::window(double seconds) {
 
 void GameProcess::closeWindow() {
     unsigned long id = window();
-    if (!id) return;
+    if (id) bvtest::closeWindow(id);
+}
+
+bool closeWindow(unsigned long id) {
     Display* display = XOpenDisplay(nullptr);
-    if (!display) return;
+    if (!display) return false;
     XEvent event = {};
     event.xclient.type = ClientMessage;
     event.xclient.window = id;
@@ -282,6 +285,7 @@ void GameProcess::closeWindow() {
     XSendEvent(display, id, False, NoEventMask, &event);
     XFlush(display);
     XCloseDisplay(display);
+    return true;
 }
 
 int GameProcess::wait(double seconds) {
