@@ -173,8 +173,8 @@ void sGokartStaticData::init() {
 }
 
 void sGokartStaticData::free() {
-    // The needle texture and the plastic models stay: they go with the
-    // process, and the order of the other releases is kept as it was.
+    // The needle texture and the plastic models go last, after the releases
+    // in their usual order, so that nothing the game loaded outlives it.
     freeTexture(&hudTexture);
     freeTexture(&shadowmapTexture);
     freeTexture(&fwshadowmapTexture);
@@ -192,6 +192,10 @@ void sGokartStaticData::free() {
     FSOUND_Sample_Free(engine);
     FSOUND_Sample_Free(tire);
     collission = engine = tire = nullptr;
+    freeTexture(&needleTexture);
+    LOplastic3DS.free();
+    MEplastic3DS.free();
+    HIplastic3DS.free();
 }
 
 void sGokart::init(unsigned char id) {
