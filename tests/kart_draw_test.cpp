@@ -83,7 +83,10 @@ protected:
         kart.inviewG = true;
         kart.inviewDist = 5;
     }
-    void TearDown() override { gokartstaticdata.free(); }
+    void TearDown() override {
+        gokartstaticdata.free();
+        gokartstaticdata.freeKept();
+    }
 
     void view() {
         resizeGLwindow3D();

@@ -56,6 +56,7 @@ protected:
         track.free();
         for (unsigned char i = 0; i < GOKART_NKARTS; i++) gokart[i].free();
         gokartstaticdata.free();
+        gokartstaticdata.freeKept();
         menu.free();
         fontTGA.free();
         blackbox.free();

@@ -173,8 +173,8 @@ void sGokartStaticData::init() {
 }
 
 void sGokartStaticData::free() {
-    // The needle texture and the plastic models go last, after the releases
-    // in their usual order, so that nothing the game loaded outlives it.
+    // The needle texture and the plastic models stay: they go with the
+    // process, and the order of the other releases is kept as it was.
     freeTexture(&hudTexture);
     freeTexture(&shadowmapTexture);
     freeTexture(&fwshadowmapTexture);
@@ -192,6 +192,11 @@ void sGokartStaticData::free() {
     FSOUND_Sample_Free(engine);
     FSOUND_Sample_Free(tire);
     collission = engine = tire = nullptr;
+}
+
+// Apart from free(), so that its releases keep their order; the game's
+// shutdown calls it last, so that nothing the game loaded outlives it.
+void sGokartStaticData::freeKept() {
     freeTexture(&needleTexture);
     LOplastic3DS.free();
     MEplastic3DS.free();
