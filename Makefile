@@ -51,20 +51,14 @@ run: setup
 	cd $(BUILD)/game && ./brontevalle
 
 test: setup
-	@if [ -z "$$DISPLAY" ]; then \
-		$(XVFB) ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS); \
-	else \
-		ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS); \
-	fi
+	@run=""; [ -n "$$DISPLAY" ] || run=$(XVFB); \
+	$$run ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
 
 test-asan: deps
 	@cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBV_SANITIZE=ON >/dev/null
 	@cmake --build $(ASAN_BUILD) -j $(JOBS)
-	@if [ -z "$$DISPLAY" ]; then \
-		$(XVFB) ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS); \
-	else \
-		ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS); \
-	fi
+	@run=""; [ -n "$$DISPLAY" ] || run=$(XVFB); \
+	$$run ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS)
 
 bench: configure
 	@cmake --build $(BUILD) -j $(JOBS) --target sim_bench frametime

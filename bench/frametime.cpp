@@ -53,10 +53,6 @@
 #include "shell/main.h"
 #include "track/track.h"
 
-#ifndef BV_GAME_DIR
-#define BV_GAME_DIR "."
-#endif
-
 namespace {
 
 double monotonic() {

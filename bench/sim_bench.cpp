@@ -27,10 +27,6 @@
 #include "shell/performance.h"
 #include "track/track.h"
 
-#ifndef BV_GAME_DIR
-#define BV_GAME_DIR "."
-#endif
-
 namespace {
 
 const long CLOCK0 = 1000000000L;

@@ -6,7 +6,7 @@
 #include <regex>
 
 #include "shell/blackbox.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 using namespace bvtest;
 

@@ -13,7 +13,7 @@
 #include "shell/mouse.h"
 #include "shell/performance.h"
 #include "track/track.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include "shell/bvconfig.h"
 #include "shell/main.h"
 #include "assets/texture.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 using namespace bvtest;
 

@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <string>
 
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 namespace fs = std::filesystem;
 

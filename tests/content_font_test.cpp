@@ -18,7 +18,7 @@
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 #include "shell/main.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 #include "writers/tga.h"
 
 namespace {

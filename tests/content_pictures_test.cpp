@@ -17,7 +17,7 @@
 #include "datagen/content.h"
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 #include "writers/tga.h"
 
 namespace {

@@ -9,7 +9,7 @@
 
 #include "audio/fsound.h"
 #include "datagen/content.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 #include "shell/main.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 namespace effects {
 

@@ -45,6 +45,7 @@ protected:
     void TearDown() override {
         lensflare.free();
         gokartstaticdata.free();
+        gokartstaticdata.freeKept();
         track.free();
         blackbox.free();
     }

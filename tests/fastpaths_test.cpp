@@ -19,7 +19,7 @@
 #include "kart/gokart.h"
 #include "scene/shader.h"
 #include "shell/bvconfig.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <regex>
 
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 using namespace bvtest;
 namespace fs = std::filesystem;

@@ -15,7 +15,7 @@
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 #include "shell/performance.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 #include "track/track.h"
 
 namespace {

@@ -13,7 +13,7 @@
 #include "shell/bvconfig.h"
 #include "shell/performance.h"
 #include "shell/safesave.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 #include "track/track.h"
 
 namespace {

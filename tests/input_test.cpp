@@ -16,7 +16,7 @@
 #include "shell/bvconfig.h"
 #include "shell/joystick.h"
 #include "shell/mouse.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 using namespace bvtest;
 

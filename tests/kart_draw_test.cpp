@@ -21,7 +21,7 @@
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 #include "shell/main.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 #include "writers/writer3ds.h"
 
 namespace {
@@ -83,7 +83,10 @@ protected:
         kart.inviewG = true;
         kart.inviewDist = 5;
     }
-    void TearDown() override { gokartstaticdata.free(); }
+    void TearDown() override {
+        gokartstaticdata.free();
+        gokartstaticdata.freeKept();
+    }
 
     void view() {
         resizeGLwindow3D();

@@ -18,7 +18,7 @@
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 #include "shell/performance.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 #include "track/track.h"
 
 namespace kartfix {
@@ -131,7 +131,12 @@ protected:
         performance.fps = 60;
         bvclock_override = CLOCK0;
     }
-    void TearDown() override { bvclock_override = -1; }
+    // The kart data is given back whole, as the game's shutdown does.
+    void TearDown() override {
+        gokartstaticdata.free();
+        gokartstaticdata.freeKept();
+        bvclock_override = -1;
+    }
 
     // Writes a track file and loads it the way the scene does.
     void loadTrack(const std::string& name, const std::string& contents) {

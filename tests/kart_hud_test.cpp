@@ -13,7 +13,7 @@
 #include "kart/gokart.h"
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 namespace {
 

@@ -43,6 +43,7 @@ protected:
     }
     void TearDown() override {
         gokartstaticdata.free();
+        gokartstaticdata.freeKept();
         blackbox.free();
     }
     static void setLight(float x, float y, float z) {

@@ -14,7 +14,7 @@
 #include <functional>
 #include <map>
 
-#include "kartmodels_support.h"
+#include "kartmodels_fixtures.h"
 #include "shell/main.h"
 
 using namespace kartmodels;

@@ -7,7 +7,7 @@
 #include <cmath>
 #include <map>
 
-#include "kartmodels_support.h"
+#include "kartmodels_fixtures.h"
 
 using namespace kartmodels;
 

@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <map>
 
-#include "kartmodels_support.h"
+#include "kartmodels_fixtures.h"
 #include "shell/main.h"
 
 using namespace kartmodels;

@@ -13,7 +13,7 @@
 #include "shell/bvconfig.h"
 #include "shell/keyboard.h"
 #include "shell/main.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 using namespace bvtest;
 

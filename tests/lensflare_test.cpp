@@ -16,7 +16,7 @@
 #include "scene/shader.h"
 #include "shell/bvconfig.h"
 #include "shell/main.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 #include "effects_fixtures.h"
 
 using bvtest::ScratchDir;

@@ -13,7 +13,7 @@
 #include "shell/main.h"
 #include "shell/mouse.h"
 #include "shell/performance.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 using namespace bvtest;
 

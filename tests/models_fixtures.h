@@ -10,7 +10,7 @@
 #include <string>
 
 #include "assets/3ds.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 #include "writers/writer3ds.h"
 
 namespace models {

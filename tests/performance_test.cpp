@@ -10,7 +10,7 @@
 #include "assets/font.h"
 #include "shell/bvconfig.h"
 #include "shell/performance.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 using namespace bvtest;
 

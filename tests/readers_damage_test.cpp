@@ -17,7 +17,7 @@
 #include "shell/blackbox.h"
 #include "shell/keyboard.h"
 #include "shell/bvconfig.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 #include "track/track.h"
 
 using bvtest::ScratchDir;

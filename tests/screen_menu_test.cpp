@@ -21,7 +21,7 @@
 #include "shell/main.h"
 #include "shell/mouse.h"
 #include "shell/performance.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 #include "track/track.h"
 
 namespace fs = std::filesystem;
@@ -51,15 +51,26 @@ protected:
         mouse.y = 40;
         mouse.lb = false;
     }
+    // What the game's shutdown gives back of the same.
+    void TearDown() override {
+        track.free();
+        for (unsigned char i = 0; i < GOKART_NKARTS; i++) gokart[i].free();
+        gokartstaticdata.free();
+        gokartstaticdata.freeKept();
+        menu.free();
+        fontTGA.free();
+        blackbox.free();
+    }
     void frame() {
         glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
         resizeGLwindow3D();
         menu.display();
         glFinish();
     }
-    // Sum of a block of the back buffer around a point in unit coordinates.
-    long block(float ux, float uy) {
-        long sum = 0;
+    // A hash of a block of the back buffer around a point in unit
+    // coordinates; unsigned, so that it wraps instead of overflowing.
+    unsigned long block(float ux, float uy) {
+        unsigned long sum = 0;
         for (int dy = -40; dy <= 40; dy += 8)
             for (int dx = -60; dx <= 60; dx += 8) {
                 bvtest::Pixel p = bvtest::readPixel((int)(ux * 1024) + dx, (int)(uy * 768) + dy);
@@ -72,7 +83,7 @@ protected:
 
 TEST_F(ScreenMenu, BothPreviewsTurn) {
     frame();
-    long kart0 = block(0.601f, 0.401f), track0 = block(0.824f, 0.401f);
+    unsigned long kart0 = block(0.601f, 0.401f), track0 = block(0.824f, 0.401f);
     // A quarter turn later.
     for (int i = 0; i < 180; i++) menu.r += 0.5f;
     frame();
@@ -87,7 +98,7 @@ TEST_F(ScreenMenu, BothPreviewsTurn) {
 TEST_F(ScreenMenu, TheColourNameFollowsTheArrows) {
     config.player1color = 0;
     frame();
-    long name0 = block(0.5925f, 0.280292f);
+    unsigned long name0 = block(0.5925f, 0.280292f);
     mouse.x = (unsigned int)(0.688f * 1024);
     mouse.y = (unsigned int)(768 - 0.280292f * 768);
     mouse.lb = true;

@@ -19,7 +19,7 @@
 #include <vector>
 
 #include "settingsfile.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 using namespace bvtest;
 namespace fs = std::filesystem;

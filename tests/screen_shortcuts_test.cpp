@@ -26,7 +26,7 @@
 #include "shell/bvconfig.h"
 #include "shell/main.h"
 #include "shell/performance.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 #include "track/track.h"
 
 namespace {

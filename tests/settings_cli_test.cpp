@@ -12,7 +12,7 @@
 #include "settingsfile.h"
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 using namespace bvtest;
 namespace fs = std::filesystem;

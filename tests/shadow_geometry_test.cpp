@@ -12,7 +12,7 @@
 #include "assets/3ds.h"
 #include "scene/shader.h"
 #include "shell/bvconfig.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 #include "writers/writer3ds.h"
 
 using bvtest::Pixel;

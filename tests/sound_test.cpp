@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "audio/fsound.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 using namespace bvtest;
 

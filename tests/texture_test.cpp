@@ -11,7 +11,7 @@
 #include "assets/texture.h"
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 using namespace bvtest;
 

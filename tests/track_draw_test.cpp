@@ -266,11 +266,11 @@ TEST_F(TrackDraw, BoardsCarryTheAdvertisementsAndOtherObjectsTheirOwnColours) {
     track.free();
 }
 
-// The shipped tracks, when the game directory has them, with the game's own content.
+// The shipped tracks, with the game's own content.
 TEST_F(TrackDraw, EveryShippedTrackLooksLikeACircuit) {
     std::string data = std::string(BV_GAME_DIR) + "/Data";
     bool any = std::filesystem::is_directory(data + "/Tracks") && !std::filesystem::is_empty(data + "/Tracks");
-    if (!any) GTEST_SKIP() << "no tracks in " << data << "/Tracks yet";
+    ASSERT_TRUE(any) << "no tracks in " << data << "/Tracks";
     std::filesystem::remove_all("Data");
     std::filesystem::create_directory_symlink(data, "Data");
     track.init(0.125f);

@@ -17,7 +17,7 @@
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 #include "shell/main.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 #include "track/track.h"
 #include "writers/writer3ds.h"
 

@@ -198,6 +198,15 @@ void sGokartStaticData::free() {
     collission = engine = tire = nullptr;
 }
 
+// Apart from free(), so that its releases keep their order; the game's
+// shutdown calls it last, so that nothing the game loaded outlives it.
+void sGokartStaticData::freeKept() {
+    freeTexture(&needleTexture);
+    LOplastic3DS.free();
+    MEplastic3DS.free();
+    HIplastic3DS.free();
+}
+
 // ---- A kart on the grid ----
 
 void sGokart::init(unsigned char id) {

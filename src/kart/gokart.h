@@ -47,6 +47,8 @@ struct sGokartStaticData {
 
     void init();
     void free();
+    // What free() keeps: the needle texture and the plastic models.
+    void freeKept();
 };
 
 // One skid-mark quad on the ground: corners 0-1 start it, 2-3 end it, with

@@ -278,5 +278,6 @@ void killScene() {
     track.free();
     for (unsigned int i = 0; i < GOKART_NKARTS; i++) gokart[i].free();
     gokartstaticdata.free();
+    gokartstaticdata.freeKept();
     sky3DS.free();
 }

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <string>
 
-#include "e2e/e2e.h"
+#include "e2e/e2e_fixtures.h"
 
 using namespace e2e;
 

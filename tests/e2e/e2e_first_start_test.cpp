@@ -8,7 +8,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "e2e/e2e.h"
+#include "e2e/e2e_fixtures.h"
 
 using namespace e2e;
 

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "e2e/e2e.h"
+#include "e2e/e2e_fixtures.h"
 
 using namespace e2e;
 

@@ -11,7 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "e2e/e2e.h"
+#include "e2e/e2e_fixtures.h"
 
 using namespace e2e;
 

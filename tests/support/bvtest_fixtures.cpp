@@ -1,4 +1,4 @@
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 #include <gtest/gtest.h>
 #include <sndfile.h>
@@ -272,9 +272,12 @@ unsigned long GameProcess::window(double seconds) {
 
 void GameProcess::closeWindow() {
     unsigned long id = window();
-    if (!id) return;
+    if (id) bvtest::closeWindow(id);
+}
+
+bool closeWindow(unsigned long id) {
     Display* display = XOpenDisplay(nullptr);
-    if (!display) return;
+    if (!display) return false;
     XEvent event = {};
     event.xclient.type = ClientMessage;
     event.xclient.window = id;
@@ -285,6 +288,7 @@ void GameProcess::closeWindow() {
     XSendEvent(display, id, False, NoEventMask, &event);
     XFlush(display);
     XCloseDisplay(display);
+    return true;
 }
 
 int GameProcess::wait(double seconds) {

@@ -1,5 +1,5 @@
-#ifndef BV_TESTS_SUPPORT_BVTEST_H
-#define BV_TESTS_SUPPORT_BVTEST_H
+#ifndef BV_TESTS_SUPPORT_BVTEST_FIXTURES_H
+#define BV_TESTS_SUPPORT_BVTEST_FIXTURES_H
 
 // Shared helpers of the test programs: a scratch game directory, a real GL
 // window, captured sound, and small file utilities.
@@ -98,6 +98,10 @@ private:
     int restarts_ = 0;
     std::string out_;
 };
+
+// What a window manager does when the player clicks the close button of the
+// window `id`; false when there is no X display to send it through.
+bool closeWindow(unsigned long id);
 
 // Runs a shell command and returns its standard output.
 std::string run(const std::string& command);

@@ -1,5 +1,5 @@
-#ifndef BV_TESTS_KARTMODELS_SUPPORT_H
-#define BV_TESTS_KARTMODELS_SUPPORT_H
+#ifndef BV_TESTS_KARTMODELS_FIXTURES_H
+#define BV_TESTS_KARTMODELS_FIXTURES_H
 
 // Helpers of the kartmodels_* tests: the generated models written into a
 // scratch game directory with plain stand-in pictures, and geometry in the
@@ -16,7 +16,7 @@
 #include "assets/3ds.h"
 #include "datagen/models.h"
 #include "shell/blackbox.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 namespace kartmodels {
 

@@ -1,5 +1,5 @@
-#ifndef BV_TESTS_E2E_E2E_H
-#define BV_TESTS_E2E_E2E_H
+#ifndef BV_TESTS_E2E_E2E_FIXTURES_H
+#define BV_TESTS_E2E_E2E_FIXTURES_H
 
 // What the end-to-end scenarios share: a fresh game directory with the real
 // binary running in it, a player's hands on the X server's keyboard and mouse
@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 namespace e2e {
 

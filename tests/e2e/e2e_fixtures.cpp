@@ -1,4 +1,4 @@
-#include "e2e/e2e.h"
+#include "e2e/e2e_fixtures.h"
 
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>

@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <X11/Xlib.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -20,7 +19,7 @@
 #include <vector>
 
 #include "settingsfile.h"
-#include "support/bvtest.h"
+#include "support/bvtest_fixtures.h"
 
 using namespace bvtest;
 namespace fs = std::filesystem;
@@ -85,21 +84,6 @@ public:
         }
         return 0;
     }
-    // What a window manager sends when the player clicks the close button.
-    void close(unsigned long id) {
-        Display* display = XOpenDisplay(nullptr);
-        ASSERT_NE(display, nullptr);
-        XEvent event = {};
-        event.xclient.type = ClientMessage;
-        event.xclient.window = id;
-        event.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
-        event.xclient.format = 32;
-        event.xclient.data.l[0] = (long)XInternAtom(display, "WM_DELETE_WINDOW", False);
-        event.xclient.data.l[1] = CurrentTime;
-        XSendEvent(display, id, False, NoEventMask, &event);
-        XFlush(display);
-        XCloseDisplay(display);
-    }
     int wait() {
         for (int i = 0; i < 400 && status_ < 0; i++) {
             reap();
@@ -161,7 +145,7 @@ protected:
         if (!id) return -1;
         std::string geometry = run("xdotool getwindowgeometry " + std::to_string(id));
         EXPECT_NE(geometry.find("1024x768"), std::string::npos) << geometry;
-        game.close(id);
+        EXPECT_TRUE(closeWindow(id)) << "no X display to close the window through";
         return game.wait();
     }
     std::string player() const { return home + "/.local/share/brontevalle"; }
@@ -264,7 +248,7 @@ TEST_F(Installation, TheInstalledSettingsProgramEditsThePlayersSettings) {
     ASSERT_NE(id, 0ul) << readFile(dir.path() + "/game-output.txt");
     std::string geometry = run("xdotool getwindowgeometry " + std::to_string(id));
     EXPECT_NE(geometry.find("800x600"), std::string::npos) << geometry;
-    game.close(id);
+    EXPECT_TRUE(closeWindow(id)) << "no X display to close the window through";
     EXPECT_EQ(game.wait(), 0);
 }
 
