@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "kart/gokart.h"
+#include "shell/angles.h"
 #include "shell/bvconfig.h"
 #include "shell/keyboard.h"
 #include "shell/mouse.h"
@@ -14,10 +15,8 @@
 
 float camera_lag = 0;
 
-static const float DEGREES = 57.29577951f;
-
 float cameraheading(float px, float pz, float qx, float qz) {
-    float a = atanf((qx - px) / (qz - pz)) * DEGREES;
+    float a = atanf((qx - px) / (qz - pz)) * DEG_PER_RAD_F;
     if (pz > qz) a += 180;
     return a;
 }
@@ -73,8 +72,8 @@ float sCamera::isinview(float x, float y, float z) {
     if (d < 2.75f) return 1.0f;
     float dx = px - x, dz = pz - z;
     float h = sqrtf(dx * dx + dz * dz);
-    float v = atanf(h / (py - y)) * DEGREES - 90;
-    float a = atanf((px - x) / (pz - z)) * DEGREES;
+    float v = atanf(h / (py - y)) * DEG_PER_RAD_F - 90;
+    float a = atanf((px - x) / (pz - z)) * DEG_PER_RAD_F;
     if (z > pz) a += 180;
     if (!(ax - axmargin < v && v < ax + axmargin)) return -1.0f;
     if (ay - aymargin < a && a < ay + aymargin) return d;
@@ -109,7 +108,7 @@ void sCamera::follow(sCamera target, const sGokart& kart) {
 void sCamera::flyfree() {
     const float fps = performance.fps;
     float s = 5 / fps;
-    float sy = sinf(ay / DEGREES), cy = cosf(ay / DEGREES);
+    float sy = sinf(ay / DEG_PER_RAD_F), cy = cosf(ay / DEG_PER_RAD_F);
     if (keyboard.key['w']) {
         px -= sy * s;
         pz -= cy * s;
@@ -140,7 +139,7 @@ float sCamera::aimhigh(sCamera& target, const sGokart& kart) {
     target.py = 3.0f;
     float h = sqrtf((kart.px - px) * (kart.px - px) + (kart.pz - pz) * (kart.pz - pz));
     // The odd constant keeps the quotient off zero when the eye is right above.
-    target.ax = atanf((h + 0.123456789f) / py) * DEGREES - 90;
+    target.ax = atanf((h + 0.123456789f) / py) * DEG_PER_RAD_F - 90;
     // Level with the kart the heading would divide by zero.
     if (target.pz == kart.pz) pz += 0.123456789f;
     target.ay = cameraheading(kart.px, kart.pz, px, pz);
@@ -150,9 +149,9 @@ float sCamera::aimhigh(sCamera& target, const sGokart& kart) {
 
 // Two units behind the kart and a little above, looking where it looks.
 float sCamera::aimchase(sCamera& target, const sGokart& kart) {
-    target.px = kart.px + 2 * sinf(kart.ay / DEGREES);
+    target.px = kart.px + 2 * sinf(kart.ay / DEG_PER_RAD_F);
     target.py = 1.5f;
-    target.pz = kart.pz + 2 * cosf(kart.ay / DEGREES);
+    target.pz = kart.pz + 2 * cosf(kart.ay / DEG_PER_RAD_F);
     target.ax = -15;
     target.ay = kart.ay;
     target.az = 0;
@@ -160,9 +159,9 @@ float sCamera::aimchase(sCamera& target, const sGokart& kart) {
 }
 
 void sCamera::sitindriver(const sGokart& kart) {
-    px = kart.px - 0.37f * sinf(kart.ay / DEGREES);
+    px = kart.px - 0.37f * sinf(kart.ay / DEG_PER_RAD_F);
     py = 0.8f;
-    pz = kart.pz - 0.37f * cosf(kart.ay / DEGREES);
+    pz = kart.pz - 0.37f * cosf(kart.ay / DEG_PER_RAD_F);
     ay = kart.ay + camera_lag / 10 + kart.sw_ay / 2;
     az = -kart.sw_ay * kart.ups / 50;
     // The driver's head sways the more, the faster and the more sideways the kart goes.
@@ -193,7 +192,7 @@ void sCamera::standtrackside(const sGokart& kart) {
     py = 1.25f;
     pz = track.Cpoint[nearest].z;
     float h = sqrtf((kart.px - px) * (kart.px - px) + (kart.pz - pz) * (kart.pz - pz));
-    ax = atanf(h / 1.25f) * DEGREES - 90;
+    ax = atanf(h / 1.25f) * DEG_PER_RAD_F - 90;
     ay = cameraheading(kart.px, kart.pz, px, pz);
     az = 0;
 }

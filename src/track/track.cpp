@@ -14,6 +14,7 @@
 #include "scene/camera.h"
 #include "scene/scene.h"
 #include "scene/shader.h"
+#include "shell/angles.h"
 #include "shell/blackbox.h"
 #include "frontend/highscore.h"
 #include "scene/ghost.h"
@@ -960,8 +961,8 @@ void sTrack::castshadow() {
         if (!inviewCpoint[i]) continue;
         const float cx = Cpoint[i].x, cz = Cpoint[i].z;
         float dx = cx - K.px, dz = cz - K.pz;
-        camera_ax[i] = (float)(atan(sqrt(dx * dx + dz * dz) / 1.2) * 57.29577951) - 90;
-        camera_ay[i] = (float)(atan(dx / dz) * 57.29577951);
+        camera_ax[i] = (float)(atan(sqrt(dx * dx + dz * dz) / 1.2) * DEG_PER_RAD) - 90;
+        camera_ay[i] = (float)(atan(dx / dz) * DEG_PER_RAD);
         if (K.pz > cz) camera_ay[i] += 180;
         if (config.shadows >= 2) {
             camerastand3DS.castshadow(0, lx, ly, lz, cx, 0, cz, 0, (float)(i * 76 + 180), 0, 3, 1, 3);
@@ -989,7 +990,7 @@ void sTrack::drawshadowmap() {
         for (unsigned int i = 0; i < nobjects; i++) {
             if (!inviewMiscObject[i] || typeMiscobject[i] != TRACK_PLANT) continue;
             const float x = miscobject[i].x, z = miscobject[i].z;
-            float a = (float)(atan((lx - x) / (lz - z)) * 57.29577951);
+            float a = (float)(atan((lx - x) / (lz - z)) * DEG_PER_RAD);
             if (z > lz) a += 180;
             glBindTexture(GL_TEXTURE_2D, natureTexture[i % N_TREES]);
             miscobjectPTR[TRACK_PLANT]->castshadowmask(0, lx, ly, lz, x, 0, z, 0, a, 0, 3, 1, 3);
