@@ -559,7 +559,7 @@ void sTrack::buildGround() {
 // A track that never passes the gantry gets its line at pair 0.
 void sTrack::finishLine(sTrackPoint& a, sTrackPoint& b, sTrackPoint& dir) const {
     const unsigned int n = nLRpoints;
-    const float gx = trackscale * 218, gz = 2.5f;
+    const float gx = trackscale * TRACK_GANTRY_X, gz = TRACK_GANTRY_Z;
     unsigned int best = 0;
     float bestt = 0, bestd = -1;
     for (unsigned int i = 0; i < n; i++) {
@@ -926,7 +926,7 @@ void sTrack::castshadow() {
     const unsigned int n = pairs();
 
     if (config.shadows) {
-        finish3DS.castshadow(0, lx, ly, lz, trackscale * 218, 0, 2.5f, 0, 0, 0, 3, 3, 3);
+        finish3DS.castshadow(0, lx, ly, lz, trackscale * TRACK_GANTRY_X, 0, TRACK_GANTRY_Z, 0, 0, 0, 3, 3, 3);
 
         // Plants shade the ground with their pictures instead (drawshadowmap).
         for (unsigned int i = 0; i < nobjects; i++) {

@@ -156,7 +156,7 @@ struct LapState {
 // The grid place of kart `id`: two columns either side of the finish gantry,
 // staggered backwards from z = 20.
 void gridPlace(int id, float* px, float* pz) {
-    *px = kTrackScale * 218.0f - kChasisWidth + 2 * kChasisWidth * (float)(id % 2);
+    *px = kFinishX - kChasisWidth + 2 * kChasisWidth * (float)(id % 2);
     *pz = 20.0f - 2 * (float)id * kChasisFront;
 }
 
