@@ -1,6 +1,7 @@
 #include "scene/camera.h"
 
 #include <GL/gl.h>
+#include <SDL/SDL.h>
 
 #include <cmath>
 #include <cstdlib>
@@ -37,9 +38,10 @@ void sCamera::init(unsigned int m, float x, float y, float z, float pitch, float
 }
 
 void sCamera::setmode() {
-    // 'C' is tested as an upper-case code while the free view's keys are
+    // 'C' (67) is tested as an upper-case code, which SDL never reports for
+    // the letter key (that is SDLK_c, 99), while the free view's keys are
     // lower case; the mismatch is old and players know the digits anyway.
-    if (keyboard.key[67]) {
+    if (keyboard.key['C']) {
         if (setmodedelay) {
             setmodedelay = false;
             mode = (mode + 1) % 5;
@@ -48,7 +50,7 @@ void sCamera::setmode() {
         setmodedelay = true;
     }
     for (unsigned int digit = 0; digit < 5; digit++) {
-        if (keyboard.key[49 + digit]) {
+        if (keyboard.key[SDLK_1 + digit]) {
             mode = digit;
             break;
         }
@@ -109,23 +111,23 @@ void sCamera::flyfree() {
     const float fps = performance.fps;
     float s = 5 / fps;
     float sy = sinf(ay / DEG_PER_RAD_F), cy = cosf(ay / DEG_PER_RAD_F);
-    if (keyboard.key['w']) {
+    if (keyboard.key[SDLK_w]) {
         px -= sy * s;
         pz -= cy * s;
-    } else if (keyboard.key['s']) {
+    } else if (keyboard.key[SDLK_s]) {
         px += sy * s;
         pz += cy * s;
     }
-    if (keyboard.key['a']) {
+    if (keyboard.key[SDLK_a]) {
         px -= cy * s;
         pz += sy * s;
-    } else if (keyboard.key['d']) {
+    } else if (keyboard.key[SDLK_d]) {
         px += cy * s;
         pz -= sy * s;
     }
-    if (keyboard.key['r'])
+    if (keyboard.key[SDLK_r])
         py += 2 / fps;
-    else if (keyboard.key['f'])
+    else if (keyboard.key[SDLK_f])
         py -= 2 / fps;
     ax -= (float)mouse.deltay * 0.05f;
     ay -= (float)mouse.deltax * 0.05f;
