@@ -361,8 +361,8 @@ void sTrack::buildGeometry() {
             if (dx1 == 0) dx1 = 0.1f;
             if (dx2 == 0) dx2 = 0.1f;
             float angle = (std::atan(dz1 / dx1) + std::atan(dz2 / dx2)) / 2;
-            if (dx1 > 0 && dx2 > 0) angle += 1.570796327f;
-            if (dx1 < 0 && dx2 < 0) angle -= 1.570796327f;
+            if (dx1 > 0 && dx2 > 0) angle += (float)(PI / 2);
+            if (dx1 < 0 && dx2 < 0) angle -= (float)(PI / 2);
             float t = std::tan(angle);
             float root = std::sqrt(t * t + 1);
             if (root == 0) root = 0.1f;
