@@ -8,6 +8,7 @@
 #include <string>
 
 #include "assets/texture.h"
+#include "shell/angles.h"
 #include "scene/shader.h"
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
@@ -561,17 +562,17 @@ tVector3 shadowplace(tVector3 v, float x, float y, float z, float ax, float ay, 
     const unsigned int steps[3] = {first, second, third};
     for (unsigned int step : steps) {
         if (step == 0) {
-            float c = cosf(ax / 57.3f), s = sinf(ax / 57.3f);
+            float c = cosf(ax / KART_DEG_PER_RAD), s = sinf(ax / KART_DEG_PER_RAD);
             float r2 = c * r + s * q;
             q = s * r - c * q;
             r = r2;
         } else if (step == 1) {
-            float c = cosf(ay / 57.3f), s = sinf(ay / 57.3f);
+            float c = cosf(ay / KART_DEG_PER_RAD), s = sinf(ay / KART_DEG_PER_RAD);
             float p2 = s * q - c * p;
             q = c * q + s * p;
             p = p2;
         } else if (step == 2) {
-            float c = cosf(az / 57.3f), s = sinf(az / 57.3f);
+            float c = cosf(az / KART_DEG_PER_RAD), s = sinf(az / KART_DEG_PER_RAD);
             float p2 = c * p - s * r;
             r = c * r + s * p;
             p = p2;
@@ -585,8 +586,8 @@ sShadowPlacement::sShadowPlacement(float x, float y, float z, float ax, float ay
     : x(x), y(y), z(z), steps{first, second, third} {
     const float turns[3] = {ax, ay, az};
     for (int i = 0; i < 3; i++) {
-        c[i] = cosf(turns[i] / 57.3f);
-        s[i] = sinf(turns[i] / 57.3f);
+        c[i] = cosf(turns[i] / KART_DEG_PER_RAD);
+        s[i] = sinf(turns[i] / KART_DEG_PER_RAD);
     }
 }
 

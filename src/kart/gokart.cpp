@@ -11,6 +11,7 @@
 #include "frontend/highscore.h"
 #include "scene/camera.h"
 #include "scene/shader.h"
+#include "shell/angles.h"
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 #include "shell/joystick.h"
@@ -25,9 +26,6 @@ sGokart gokart[GOKART_NKARTS];
 // ---- Constants, tables and small helpers ----
 
 namespace {
-
-const double DEG = 57.29577951;  // degrees per radian
-const double TWOPI = 6.283185307;
 
 // The eleven body parts, each at three levels of detail, in loading order.
 struct sPart {
@@ -127,8 +125,8 @@ void sGokartStaticData::init() {
     wheelwidth = 0.19f;
     wheelradius = 0.11f;
     frontwheelwidth = 0.11f;
-    wheelcircumference = (float)((double)wheelradius * 6.283185307);
-    wheelaxperturn = (float)((double)frontwheelwidth * 3.141592654 / (double)wheelcircumference * 360);
+    wheelcircumference = (float)((double)wheelradius * TWOPI);
+    wheelaxperturn = (float)((double)frontwheelwidth * PI / (double)wheelcircumference * 360);
     maxturn = 45.0f;
     turn = 45.0f;
     deturn = 90.0f;
@@ -240,7 +238,7 @@ void sGokart::init(unsigned char id) {
     memset(lrSlide, 0, sizeof lrSlide);
     memset(rrSlide, 0, sizeof rrSlide);
 
-    px = track.trackscale * 218.0f - s.chasiswidth + 2 * s.chasiswidth * (float)(ID % 2);
+    px = track.trackscale * TRACK_GANTRY_X - s.chasiswidth + 2 * s.chasiswidth * (float)(ID % 2);
     pz = 20.0f - 2 * (float)ID * s.chasisfront;
 
     // slidediff keeps the last race's value: the first move() recomputes it.
@@ -271,7 +269,7 @@ void sGokart::free() {}
 unsigned int sGokart::getcheckpoint() {
     const sGokartStaticData& s = gokartstaticdata;
     float step = ups / performance.fps;
-    float sa = (float)sin(ay / DEG), ca = (float)cos(ay / DEG);
+    float sa = (float)sin(ay / DEG_PER_RAD), ca = (float)cos(ay / DEG_PER_RAD);
     sensor_x = px - sa * step - sa * s.chasisfront;
     sensor_z = pz - ca * step - ca * s.chasisfront;
 
@@ -359,7 +357,7 @@ void outline(float px, float pz, float ay, float* x, float* z) {
     const float f[8] = {F + 0.03f, F + 0.03f, F - 0.1f, F / 2, -0.17f, -0.17f, F / 2, F - 0.1f};
     const float nose = (W - 0.25f) / 2, side = (W + 0.025f) / 2;
     const float r[8] = {-nose, nose, side, side, side, -side, -side, -side};
-    float sa = (float)sin(ay / DEG), ca = (float)cos(ay / DEG);
+    float sa = (float)sin(ay / DEG_PER_RAD), ca = (float)cos(ay / DEG_PER_RAD);
     for (int i = 0; i < 8; i++) {
         x[i] = px - sa * f[i] + ca * r[i];
         z[i] = pz - ca * f[i] - sa * r[i];
@@ -455,7 +453,7 @@ static void emitslides(sGokart& k, float ay0) {
         }
         k.newSlide = false;
     } else {
-        const float c = (float)cos(ay0 / DEG), sn = (float)sin(ay0 / DEG);
+        const float c = (float)cos(ay0 / DEG_PER_RAD), sn = (float)sin(ay0 / DEG_PER_RAD);
         // Unsigned on purpose: slot 0 wraps to the last slot only when the
         // ring's size is a power of two.
         const unsigned int previous = (k.CURRENTslide - 1u) % n;
@@ -721,9 +719,9 @@ float sGokart::playengine() {
     if (!config.soundeffects) return 0;
     float k = 1.0f + 0.125f * distance(px, 0, pz, camera.px, camera.py, camera.pz);
     float b = camera.pz > pz ? 180.0f : 0.0f;
-    float q = camera.ay - (b + (float)(DEG * atan((px - camera.px) / (pz - camera.pz))));
-    int pan = (int)(128 - 128 * sin(q / DEG));
-    float aheadx = px - (float)sin(may / DEG) * ups, aheadz = pz - (float)cos(may / DEG) * ups;
+    float q = camera.ay - (b + (float)(DEG_PER_RAD * atan((px - camera.px) / (pz - camera.pz))));
+    int pan = (int)(128 - 128 * sin(q / DEG_PER_RAD));
+    float aheadx = px - (float)sin(may / DEG_PER_RAD) * ups, aheadz = pz - (float)cos(may / DEG_PER_RAD) * ups;
     float D1 = distance(px, 0, pz, camera.ox, camera.oy, camera.oz);
     float D2 = distance(aheadx, 0, aheadz, camera.px, camera.py, camera.pz);
     int frequency = (int)(250 * (D1 - D2)) + (int)fabsf(2500 * ups) + 22000;
@@ -814,7 +812,7 @@ void sGokart::touchkarts(float loudness) {
     for (bool hit : col) touched = touched || hit;
     if (!checkcol || !touched || colg >= GOKART_NKARTS) return;
     const sGokart& other = gokart[colg];
-    may = (float)(DEG * atan((other.px - px) / (other.pz - pz))) + (other.pz < pz ? 180.0f : 0.0f);
+    may = (float)(DEG_PER_RAD * atan((other.px - px) / (other.pz - pz))) + (other.pz < pz ? 180.0f : 0.0f);
     if (ups > 0.25f) ups /= 2;
     if (col[4] && !col[0] && !col[1] && !col[7] && config.soundeffects) playcollision(loudness);
 }
@@ -831,7 +829,7 @@ void sGokart::touchbarriers(float loudness) {
     unsigned int j = (i + 1) % n;
     const sTrackPoint* N = track.lasthitL ? track.LNpoint : track.RNpoint;
     float nx = (N[i].x + N[j].x) / 2, nz = (N[i].z + N[j].z) / 2;
-    float w = 57.3f * (float)atan(nx / nz) + 180;
+    float w = KART_DEG_PER_RAD * (float)atan(nx / nz) + 180;
     if (nz < 0) w += 180;
     float d = wrap180(ay - w);
     if (fabsf(d) >= 90)
@@ -880,11 +878,11 @@ void sGokart::turnandslide(float step, float ay0, float loudness) {
 void sGokart::advance(float step, float ay0) {
     opx = px;
     opz = pz;
-    ocosay = (float)cos(ay0 / DEG);
-    osinay = (float)sin(ay0 / DEG);
+    ocosay = (float)cos(ay0 / DEG_PER_RAD);
+    osinay = (float)sin(ay0 / DEG_PER_RAD);
     oaydiff = slidediff;
-    px -= (float)sin(may / DEG) * step;
-    pz -= (float)cos(may / DEG) * step;
+    px -= (float)sin(may / DEG_PER_RAD) * step;
+    pz -= (float)cos(may / DEG_PER_RAD) * step;
     staybehindbarriers();
 }
 
@@ -897,10 +895,10 @@ void sGokart::turnwheels(float step) {
     float R = sw_ay != 0 ? (float)((360 / sw_ay) / TWOPI) : 9999.0f;
     float CL = (float)(TWOPI * sqrt((R - t) * (R - t) + wb * wb));
     float CR = (float)(TWOPI * sqrt((R + t) * (R - t) + wb * wb));
-    float aL = (float)(DEG * atan(wb / (R - t)));
+    float aL = (float)(DEG_PER_RAD * atan(wb / (R - t)));
     lfw_ax -= (aL - lfw_ay) / 360 * s.wheelaxperturn;
     lfw_ay = aL;
-    float aR = (float)(DEG * atan(wb / (R + t)));
+    float aR = (float)(DEG_PER_RAD * atan(wb / (R + t)));
     rfw_ax -= (rfw_ay - aR) / 360 * s.wheelaxperturn;
     rfw_ay = aR;
     float W = 360 / s.wheelcircumference * step;
@@ -988,7 +986,7 @@ void sGokart::think() {
 
     float aimx = track.Lpoint[t].x + (track.Rpoint[t].x - track.Lpoint[t].x) * placement;
     float aimz = track.Lpoint[t].z + (track.Rpoint[t].z - track.Lpoint[t].z) * placement;
-    float h = (float)(DEG * atan((px - aimx) / (pz - aimz)));
+    float h = (float)(DEG_PER_RAD * atan((px - aimx) / (pz - aimz)));
     if (aimz > pz) h += 180;
     if (h - ay < -180)
         h += 360;
@@ -1020,8 +1018,8 @@ static unsigned int lodlevel() {
 }
 
 void sGokart::isinview() {
-    float x = px - sinf(ay / 57.3f) * gokartstaticdata.chasisfront / 2;
-    float z = pz - cosf(ay / 57.3f) * gokartstaticdata.chasisfront / 2;
+    float x = px - sinf(ay / KART_DEG_PER_RAD) * gokartstaticdata.chasisfront / 2;
+    float z = pz - cosf(ay / KART_DEG_PER_RAD) * gokartstaticdata.chasisfront / 2;
     inviewDist = camera.isinview(x, 0.2f, z);
     inviewG = inviewDist > 0 && inviewDist < config.LOrange[lodlevel()];
 }
@@ -1030,9 +1028,8 @@ void sGokart::isinview() {
 // side is -1 for the left arm, +1 for the right one.
 static void solvearm(float sw, float side, float U, float L, float& uax, float& uay, float& dax, float& day,
                      float& dpx, float& dpy, float& dpz) {
-    const float k = 57.29577951f;
-    float theta = sw * 1.8f / 57.3f;
-    float phi = -50 / 57.3f;
+    float theta = sw * 1.8f / KART_DEG_PER_RAD;
+    float phi = -50 / KART_DEG_PER_RAD;
     float gx = side * 0.133f * cosf(theta) - 0.065f * sinf(theta);
     float gy = side * 0.133f * sinf(theta) + 0.065f * cosf(theta);
     float hx = gx;
@@ -1045,17 +1042,17 @@ static void solvearm(float sw, float side, float U, float L, float& uax, float& 
     float c = (U * U + dh * dh - L * L) / (2 * U * dh);
     if (c > 1) c = 1;
     if (c < -1) c = -1;
-    float bend = acosf(c) * 57.3f;
-    uay = (side < 0 ? bend : -bend) + (dz >= 0 ? 0 : 180) + atanf(dx / dz) * 57.3f;
-    float cz = cosf(uay / 57.3f) * dz;
-    uax = (cz >= 0 ? 0 : 180) - atanf((sy - hy) / cz) * 57.3f;
-    dpx = sx - sinf(uay / k) * U * cosf(uax / k);
-    dpy = sinf(uax / k) * U + sy;
-    dpz = sz - cosf(uay / k) * U * cosf(uax / k);
+    float bend = acosf(c) * KART_DEG_PER_RAD;
+    uay = (side < 0 ? bend : -bend) + (dz >= 0 ? 0 : 180) + atanf(dx / dz) * KART_DEG_PER_RAD;
+    float cz = cosf(uay / KART_DEG_PER_RAD) * dz;
+    uax = (cz >= 0 ? 0 : 180) - atanf((sy - hy) / cz) * KART_DEG_PER_RAD;
+    dpx = sx - sinf(uay / DEG_PER_RAD_F) * U * cosf(uax / DEG_PER_RAD_F);
+    dpy = sinf(uax / DEG_PER_RAD_F) * U + sy;
+    dpz = sz - cosf(uay / DEG_PER_RAD_F) * U * cosf(uax / DEG_PER_RAD_F);
     float ex = dpx - hx, ey = dpy - hy, ez = dpz - hz;
     float de = sqrtf(ex * ex + ez * ez);
-    day = (ez >= 0 ? 0 : 180) + atanf(ex / ez) * k;
-    dax = (de >= 0 ? 0 : 180) - atanf(ey / de) * k;
+    day = (ez >= 0 ? 0 : 180) + atanf(ex / ez) * DEG_PER_RAD_F;
+    dax = (de >= 0 ? 0 : 180) - atanf(ey / de) * DEG_PER_RAD_F;
 }
 
 namespace {
@@ -1274,7 +1271,7 @@ enum eMirror { EXACT, FRONTBACK, SIDEWAYS };
 
 void castpart(const sGokart& k, s3DS& model, float lx, float ly, float lz, float turn, float pitch, float roll,
               eMirror mirror) {
-    const float a = k.ay / 57.3f, c = cosf(a), s = sinf(a);
+    const float a = k.ay / KART_DEG_PER_RAD, c = cosf(a), s = sinf(a);
     const float x = k.px + lx * c + lz * s, y = gokartstaticdata.wheelradius + ly, z = k.pz - lx * s + lz * c;
     const float L0 = LightPosition[0], L1 = LightPosition[1], L2 = LightPosition[2];
     const float heading = k.ay + turn;

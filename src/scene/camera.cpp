@@ -1,11 +1,13 @@
 #include "scene/camera.h"
 
 #include <GL/gl.h>
+#include <SDL/SDL.h>
 
 #include <cmath>
 #include <cstdlib>
 
 #include "kart/gokart.h"
+#include "shell/angles.h"
 #include "shell/bvconfig.h"
 #include "shell/keyboard.h"
 #include "shell/mouse.h"
@@ -14,10 +16,8 @@
 
 float camera_lag = 0;
 
-static const float DEGREES = 57.29577951f;
-
 float cameraheading(float px, float pz, float qx, float qz) {
-    float a = atanf((qx - px) / (qz - pz)) * DEGREES;
+    float a = atanf((qx - px) / (qz - pz)) * DEG_PER_RAD_F;
     if (pz > qz) a += 180;
     return a;
 }
@@ -38,9 +38,10 @@ void sCamera::init(unsigned int m, float x, float y, float z, float pitch, float
 }
 
 void sCamera::setmode() {
-    // 'C' is tested as an upper-case code while the free view's keys are
+    // 'C' (67) is tested as an upper-case code, which SDL never reports for
+    // the letter key (that is SDLK_c, 99), while the free view's keys are
     // lower case; the mismatch is old and players know the digits anyway.
-    if (keyboard.key[67]) {
+    if (keyboard.key['C']) {
         if (setmodedelay) {
             setmodedelay = false;
             mode = (mode + 1) % 5;
@@ -49,7 +50,7 @@ void sCamera::setmode() {
         setmodedelay = true;
     }
     for (unsigned int digit = 0; digit < 5; digit++) {
-        if (keyboard.key[49 + digit]) {
+        if (keyboard.key[SDLK_1 + digit]) {
             mode = digit;
             break;
         }
@@ -73,8 +74,8 @@ float sCamera::isinview(float x, float y, float z) {
     if (d < 2.75f) return 1.0f;
     float dx = px - x, dz = pz - z;
     float h = sqrtf(dx * dx + dz * dz);
-    float v = atanf(h / (py - y)) * DEGREES - 90;
-    float a = atanf((px - x) / (pz - z)) * DEGREES;
+    float v = atanf(h / (py - y)) * DEG_PER_RAD_F - 90;
+    float a = atanf((px - x) / (pz - z)) * DEG_PER_RAD_F;
     if (z > pz) a += 180;
     if (!(ax - axmargin < v && v < ax + axmargin)) return -1.0f;
     if (ay - aymargin < a && a < ay + aymargin) return d;
@@ -109,24 +110,24 @@ void sCamera::follow(sCamera target, const sGokart& kart) {
 void sCamera::flyfree() {
     const float fps = performance.fps;
     float s = 5 / fps;
-    float sy = sinf(ay / DEGREES), cy = cosf(ay / DEGREES);
-    if (keyboard.key['w']) {
+    float sy = sinf(ay / DEG_PER_RAD_F), cy = cosf(ay / DEG_PER_RAD_F);
+    if (keyboard.key[SDLK_w]) {
         px -= sy * s;
         pz -= cy * s;
-    } else if (keyboard.key['s']) {
+    } else if (keyboard.key[SDLK_s]) {
         px += sy * s;
         pz += cy * s;
     }
-    if (keyboard.key['a']) {
+    if (keyboard.key[SDLK_a]) {
         px -= cy * s;
         pz += sy * s;
-    } else if (keyboard.key['d']) {
+    } else if (keyboard.key[SDLK_d]) {
         px += cy * s;
         pz -= sy * s;
     }
-    if (keyboard.key['r'])
+    if (keyboard.key[SDLK_r])
         py += 2 / fps;
-    else if (keyboard.key['f'])
+    else if (keyboard.key[SDLK_f])
         py -= 2 / fps;
     ax -= (float)mouse.deltay * 0.05f;
     ay -= (float)mouse.deltax * 0.05f;
@@ -140,7 +141,7 @@ float sCamera::aimhigh(sCamera& target, const sGokart& kart) {
     target.py = 3.0f;
     float h = sqrtf((kart.px - px) * (kart.px - px) + (kart.pz - pz) * (kart.pz - pz));
     // The odd constant keeps the quotient off zero when the eye is right above.
-    target.ax = atanf((h + 0.123456789f) / py) * DEGREES - 90;
+    target.ax = atanf((h + 0.123456789f) / py) * DEG_PER_RAD_F - 90;
     // Level with the kart the heading would divide by zero.
     if (target.pz == kart.pz) pz += 0.123456789f;
     target.ay = cameraheading(kart.px, kart.pz, px, pz);
@@ -150,9 +151,9 @@ float sCamera::aimhigh(sCamera& target, const sGokart& kart) {
 
 // Two units behind the kart and a little above, looking where it looks.
 float sCamera::aimchase(sCamera& target, const sGokart& kart) {
-    target.px = kart.px + 2 * sinf(kart.ay / DEGREES);
+    target.px = kart.px + 2 * sinf(kart.ay / DEG_PER_RAD_F);
     target.py = 1.5f;
-    target.pz = kart.pz + 2 * cosf(kart.ay / DEGREES);
+    target.pz = kart.pz + 2 * cosf(kart.ay / DEG_PER_RAD_F);
     target.ax = -15;
     target.ay = kart.ay;
     target.az = 0;
@@ -160,9 +161,9 @@ float sCamera::aimchase(sCamera& target, const sGokart& kart) {
 }
 
 void sCamera::sitindriver(const sGokart& kart) {
-    px = kart.px - 0.37f * sinf(kart.ay / DEGREES);
+    px = kart.px - 0.37f * sinf(kart.ay / DEG_PER_RAD_F);
     py = 0.8f;
-    pz = kart.pz - 0.37f * cosf(kart.ay / DEGREES);
+    pz = kart.pz - 0.37f * cosf(kart.ay / DEG_PER_RAD_F);
     ay = kart.ay + camera_lag / 10 + kart.sw_ay / 2;
     az = -kart.sw_ay * kart.ups / 50;
     // The driver's head sways the more, the faster and the more sideways the kart goes.
@@ -193,7 +194,7 @@ void sCamera::standtrackside(const sGokart& kart) {
     py = 1.25f;
     pz = track.Cpoint[nearest].z;
     float h = sqrtf((kart.px - px) * (kart.px - px) + (kart.pz - pz) * (kart.pz - pz));
-    ax = atanf(h / 1.25f) * DEGREES - 90;
+    ax = atanf(h / 1.25f) * DEG_PER_RAD_F - 90;
     ay = cameraheading(kart.px, kart.pz, px, pz);
     az = 0;
 }

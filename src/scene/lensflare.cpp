@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "assets/texture.h"
+#include "shell/angles.h"
 #include "scene/camera.h"
 #include "scene/shader.h"
 
@@ -167,7 +168,7 @@ void sLensflare::flare(float pos, float size, float r, float g, float b) {
     // The angle is kept in single precision and each step taken in double:
     // the seventh vertex then lands just above zero, which closes the
     // hexagon. A step in single precision stops one short and leaves a gap.
-    for (float a = 6.283185307179586f; a > 0; a = (float)(a - 1.0471975511666667))
+    for (float a = (float)TWOPI; a > 0; a = (float)(a - TWOPI / 6))
         glVertex2f(cx + sinf(a) * size * brightness, cy + cosf(a) * size * brightness);
     glEnd();
 }

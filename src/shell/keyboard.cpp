@@ -1,6 +1,7 @@
 #include "shell/keyboard.h"
 
 #include <GL/gl.h>
+#include <SDL/SDL.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -8,12 +9,6 @@
 #include "assets/font.h"
 #include "shell/bvconfig.h"
 #include "shell/main.h"
-
-static const unsigned int SYM_BACKSPACE = 8;
-static const unsigned int SYM_RETURN = 13;
-static const unsigned int SYM_SPACE = 32;
-static const unsigned int SYM_UP = 273;
-static const unsigned int SYM_F1 = 282;
 
 // Words are terminated only when shorter than 32 characters.
 static unsigned int wordlen(const char* word) {
@@ -29,24 +24,24 @@ void sKeyboard::init() {
 }
 
 void sKeyboard::buf(unsigned int sym) {
-    if (sym == SYM_F1) {
+    if (sym == SDLK_F1) {
         console = !console;
         return;
     }
     if (!console) return;
-    if (sym == SYM_RETURN) {
+    if (sym == SDLK_RETURN) {
         process();
         return;
     }
     // A full word ignores every key but F1 and Return, Backspace included.
     if (nc >= CONSOLE_WORDLEN) return;
     char* word = buffer[0][nt];
-    if (sym == SYM_SPACE) {
+    if (sym == SDLK_SPACE) {
         if (nt < 2) {
             nt++;
             nc = 0;
         }
-    } else if (sym == SYM_BACKSPACE) {
+    } else if (sym == SDLK_BACKSPACE) {
         if (nc > 0) {
             nc--;
         } else if (nt > 0) {
@@ -54,7 +49,7 @@ void sKeyboard::buf(unsigned int sym) {
             nc = wordlen(buffer[0][nt]);
         }
         if (nc < CONSOLE_WORDLEN) buffer[0][nt][nc] = 0;
-    } else if (sym == SYM_UP) {
+    } else if (sym == SDLK_UP) {
         if (buffer[1][0][0] != 0) {
             for (unsigned int w = 0; w < 3; w++) {
                 memcpy(buffer[0][w], buffer[1][w], CONSOLE_WORDLEN);

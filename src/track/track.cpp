@@ -14,6 +14,7 @@
 #include "scene/camera.h"
 #include "scene/scene.h"
 #include "scene/shader.h"
+#include "shell/angles.h"
 #include "shell/blackbox.h"
 #include "frontend/highscore.h"
 #include "scene/ghost.h"
@@ -360,8 +361,8 @@ void sTrack::buildGeometry() {
             if (dx1 == 0) dx1 = 0.1f;
             if (dx2 == 0) dx2 = 0.1f;
             float angle = (std::atan(dz1 / dx1) + std::atan(dz2 / dx2)) / 2;
-            if (dx1 > 0 && dx2 > 0) angle += 1.570796327f;
-            if (dx1 < 0 && dx2 < 0) angle -= 1.570796327f;
+            if (dx1 > 0 && dx2 > 0) angle += (float)(PI / 2);
+            if (dx1 < 0 && dx2 < 0) angle -= (float)(PI / 2);
             float t = std::tan(angle);
             float root = std::sqrt(t * t + 1);
             if (root == 0) root = 0.1f;
@@ -617,7 +618,7 @@ void sTrack::buildFinishLine() {
 // A track that never passes the gantry gets its line at pair 0.
 void sTrack::finishLine(sTrackPoint& a, sTrackPoint& b, sTrackPoint& dir) const {
     const unsigned int n = nLRpoints;
-    const float gx = trackscale * 218, gz = 2.5f;
+    const float gx = trackscale * TRACK_GANTRY_X, gz = TRACK_GANTRY_Z;
     unsigned int best = 0;
     float bestt = 0, bestd = -1;
     for (unsigned int i = 0; i < n; i++) {
@@ -994,7 +995,7 @@ void sTrack::castshadow() {
     const unsigned int n = pairs();
 
     if (config.shadows) {
-        finish3DS.castshadow(0, lx, ly, lz, trackscale * 218, 0, 2.5f, 0, 0, 0, 3, 3, 3);
+        finish3DS.castshadow(0, lx, ly, lz, trackscale * TRACK_GANTRY_X, 0, TRACK_GANTRY_Z, 0, 0, 0, 3, 3, 3);
 
         // Plants shade the ground with their pictures instead (drawshadowmap).
         for (unsigned int i = 0; i < nobjects; i++) {
@@ -1029,8 +1030,8 @@ void sTrack::castshadow() {
         if (!inviewCpoint[i]) continue;
         const float cx = Cpoint[i].x, cz = Cpoint[i].z;
         float dx = cx - K.px, dz = cz - K.pz;
-        camera_ax[i] = (float)(atan(sqrt(dx * dx + dz * dz) / 1.2) * 57.29577951) - 90;
-        camera_ay[i] = (float)(atan(dx / dz) * 57.29577951);
+        camera_ax[i] = (float)(atan(sqrt(dx * dx + dz * dz) / 1.2) * DEG_PER_RAD) - 90;
+        camera_ay[i] = (float)(atan(dx / dz) * DEG_PER_RAD);
         if (K.pz > cz) camera_ay[i] += 180;
         if (config.shadows >= 2) {
             camerastand3DS.castshadow(0, lx, ly, lz, cx, 0, cz, 0, (float)(i * 76 + 180), 0, 3, 1, 3);
@@ -1058,7 +1059,7 @@ void sTrack::drawshadowmap() {
         for (unsigned int i = 0; i < nobjects; i++) {
             if (!inviewMiscObject[i] || typeMiscobject[i] != TRACK_PLANT) continue;
             const float x = miscobject[i].x, z = miscobject[i].z;
-            float a = (float)(atan((lx - x) / (lz - z)) * 57.29577951);
+            float a = (float)(atan((lx - x) / (lz - z)) * DEG_PER_RAD);
             if (z > lz) a += 180;
             glBindTexture(GL_TEXTURE_2D, natureTexture[i % N_TREES]);
             miscobjectPTR[TRACK_PLANT]->castshadowmask(0, lx, ly, lz, x, 0, z, 0, a, 0, 3, 1, 3);

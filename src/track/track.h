@@ -25,6 +25,12 @@ const unsigned int TRACK_NOBJECTTYPES = 12;
 const unsigned int TRACK_PLANT = 5;
 const unsigned int TRACK_ADBOARD = 7;
 
+// The finish gantry spans the start straight at x = 218 in the track file's
+// units (trackscale times that in the world) and z = 2.5 in the world: the
+// grid, the finish line and the gantry's model are all placed from it.
+const float TRACK_GANTRY_X = 218;
+const float TRACK_GANTRY_Z = 2.5f;
+
 struct sTrackPoint {
     float x, z;
 };

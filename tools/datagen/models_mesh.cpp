@@ -2,10 +2,12 @@
 
 #include <cmath>
 
+#include "shell/angles.h"
+
 namespace modelgen {
 
 namespace {
-const float DEG = 3.14159265358979f / 180.0f;
+const float DEG = (float)PI / 180.0f;  // radians per degree
 }
 
 V3 operator+(V3 a, V3 b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }

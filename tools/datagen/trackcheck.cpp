@@ -12,6 +12,8 @@
 #include <cstdlib>
 #include <sstream>
 
+#include "shell/angles.h"
+
 namespace trackcheck {
 
 namespace {
@@ -104,7 +106,7 @@ void kartOutline(float px, float pz, float ay, Point out[8]) {
     const float f[8] = {F + 0.03f, F + 0.03f, F - 0.1f, F / 2, -0.17f, -0.17f, F / 2, F - 0.1f};
     const float r[8] = {-(W - 0.25f) / 2, (W - 0.25f) / 2, (W + 0.025f) / 2, (W + 0.025f) / 2,
                         (W + 0.025f) / 2, -(W + 0.025f) / 2, -(W + 0.025f) / 2, -(W + 0.025f) / 2};
-    float s = std::sin(ay / 57.29577951f), c = std::cos(ay / 57.29577951f);
+    float s = std::sin(ay / DEG_PER_RAD_F), c = std::cos(ay / DEG_PER_RAD_F);
     for (int i = 0; i < 8; i++) out[i] = Point{px - s * f[i] + c * r[i], pz - c * f[i] - s * r[i]};
 }
 
@@ -154,7 +156,7 @@ struct LapState {
 // The grid place of kart `id`: two columns either side of the finish gantry,
 // staggered backwards from z = 20.
 void gridPlace(int id, float* px, float* pz) {
-    *px = kTrackScale * 218.0f - kChasisWidth + 2 * kChasisWidth * (float)(id % 2);
+    *px = kFinishX - kChasisWidth + 2 * kChasisWidth * (float)(id % 2);
     *pz = 20.0f - 2 * (float)id * kChasisFront;
 }
 
