@@ -56,16 +56,7 @@ bool sMenuButton::draw() {
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     float c = 0.75f + 0.25f * (float)h;
     glColor4f(c, c, c, 1);
-    glBegin(GL_QUADS);
-    glTexCoord2f(0, 0);
-    glVertex2f(x - width / 2, y - height / 2);
-    glTexCoord2f(1, 0);
-    glVertex2f(x + width / 2, y - height / 2);
-    glTexCoord2f(1, 1);
-    glVertex2f(x + width / 2, y + height / 2);
-    glTexCoord2f(0, 1);
-    glVertex2f(x - width / 2, y + height / 2);
-    glEnd();
+    unitquad(x - width / 2, y - height / 2, x + width / 2, y + height / 2);
     glDisable(GL_BLEND);
     glDisable(GL_TEXTURE_2D);
     if (!h) return false;
@@ -82,16 +73,7 @@ static void fullscreenquad(unsigned int texture) {
     glColor3f(1, 1, 1);
     glEnable(GL_TEXTURE_2D);
     glBindTexture(GL_TEXTURE_2D, texture);
-    glBegin(GL_QUADS);
-    glTexCoord2f(0, 0);
-    glVertex2f(0, 0);
-    glTexCoord2f(1, 0);
-    glVertex2f(1, 0);
-    glTexCoord2f(1, 1);
-    glVertex2f(1, 1);
-    glTexCoord2f(0, 1);
-    glVertex2f(0, 1);
-    glEnd();
+    unitquad(0, 0, 1, 1);
     glDisable(GL_TEXTURE_2D);
 }
 
@@ -361,16 +343,7 @@ void sMenu::previews() {
 static void previewquad(unsigned int texture, float cx, float cy) {
     const float hw = 97.5f / 1024, hh = 72.5f / 768;
     glBindTexture(GL_TEXTURE_2D, texture);
-    glBegin(GL_QUADS);
-    glTexCoord2f(0, 0);
-    glVertex2f(cx - hw, cy - hh);
-    glTexCoord2f(1, 0);
-    glVertex2f(cx + hw, cy - hh);
-    glTexCoord2f(1, 0.99f);
-    glVertex2f(cx + hw, cy + hh);
-    glTexCoord2f(0, 0.99f);
-    glVertex2f(cx - hw, cy + hh);
-    glEnd();
+    unitquad(cx - hw, cy - hh, cx + hw, cy + hh, 0.99f);
 }
 
 void sMenu::mainscreen() {

@@ -1224,16 +1224,7 @@ void sGokart::drawhud() {
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     auto quad = [h]() {
         glColor4f(1, 1, 1, 0.9f);
-        glBegin(GL_QUADS);
-        glTexCoord2f(0, 1);
-        glVertex2f(-h, h);
-        glTexCoord2f(0, 0);
-        glVertex2f(-h, -h);
-        glTexCoord2f(1, 0);
-        glVertex2f(h, -h);
-        glTexCoord2f(1, 1);
-        glVertex2f(h, h);
-        glEnd();
+        unitquad(-h, -h, h, h, 1, 3);  // begun at the top-left corner, the seam the dial was drawn with
     };
     quad();
     // The needle turns clockwise, 320 degrees at 25 units per second, and the
