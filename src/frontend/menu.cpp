@@ -9,12 +9,12 @@
 
 #include "assets/font.h"
 #include "assets/texture.h"
+#include "audio/sample.h"
 #include "frontend/highscore.h"
 #include "kart/gokart.h"
 #include "scene/camera.h"
 #include "scene/ghost.h"
 #include "scene/scene.h"
-#include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 #include "shell/main.h"
 #include "shell/mouse.h"
@@ -77,15 +77,6 @@ static void fullscreenquad(unsigned int texture) {
     glDisable(GL_TEXTURE_2D);
 }
 
-static FSOUND_SAMPLE* loadsound(const char* name, unsigned int mode) {
-    std::string path = std::string(config.PATH) + name;
-    FSOUND_SAMPLE* s = FSOUND_Sample_Load(FSOUND_FREE, path.c_str(), mode, 0);
-    std::string line = std::string("Loading soundeffects f : ") + name;
-    blackbox.task(line.c_str(), s != nullptr);
-    config.disploaded(line.c_str());
-    return s;
-}
-
 int sMenu::play(FSOUND_SAMPLE* sample, unsigned int volume) {
     int channel = FSOUND_PlaySound(FSOUND_FREE, sample);
     FSOUND_SetVolume(channel, (int)volume);
@@ -125,12 +116,12 @@ void sMenu::init() {
 
     const unsigned int effect = FSOUND_HW2D | FSOUND_8BITS | FSOUND_LOOP_OFF;
     const unsigned int tune = FSOUND_HW2D | FSOUND_8BITS | FSOUND_LOOP_NORMAL;
-    Broll = loadsound("Data/Sounds/Broll.wav", effect);
-    Bclick = loadsound("Data/Sounds/Bclick.wav", effect);
-    Btype = loadsound("Data/Sounds/Btype.wav", effect);
-    Bdecinc = loadsound("Data/Sounds/Bdecinc.wav", effect);
-    iintro = loadsound("Data/Sounds/iintro.mp3", tune);
-    intro = loadsound("Data/Sounds/intro.mp3", tune);
+    Broll = loadSample("Data/Sounds/Broll.wav", effect);
+    Bclick = loadSample("Data/Sounds/Bclick.wav", effect);
+    Btype = loadSample("Data/Sounds/Btype.wav", effect);
+    Bdecinc = loadSample("Data/Sounds/Bdecinc.wav", effect);
+    iintro = loadSample("Data/Sounds/iintro.mp3", tune);
+    intro = loadSample("Data/Sounds/intro.mp3", tune);
 
     FSOUND_SetSFXMasterVolume(255);
     splashmusic = -1;

@@ -8,10 +8,10 @@
 #include <GL/gl.h>
 
 #include "assets/texture.h"
+#include "audio/sample.h"
 #include "frontend/highscore.h"
 #include "scene/camera.h"
 #include "scene/shader.h"
-#include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 #include "shell/joystick.h"
 #include "shell/mouse.h"
@@ -69,16 +69,6 @@ const sColor PALETTE[GOKART_NCOLORS] = {
     {0, 0, 255, "blue"},        {64, 0, 255, "purple"},     {128, 0, 255, "purple"},  {196, 0, 255, "purple"},
     {255, 0, 255, "magenta"},   {255, 0, 196, "magenta"},   {255, 0, 128, "magenta"}, {255, 0, 64, "red"},
 };
-
-FSOUND_SAMPLE* loadSample(const char* name, unsigned int mode) {
-    std::string relative = std::string(name) + ".wav";
-    std::string message = "Loading soundeffects f : " + relative;
-    std::string path = std::string(config.PATH) + relative;
-    FSOUND_SAMPLE* sample = FSOUND_Sample_Load(FSOUND_FREE, path.c_str(), mode, 0);
-    blackbox.task(message.c_str(), sample != nullptr);
-    config.disploaded(message.c_str());
-    return sample;
-}
 
 // Brings an angle into [-180, 180] with as many turns as it takes.
 float wrap180(float a) {
@@ -163,9 +153,9 @@ void sGokartStaticData::init() {
     SLOgokart3DS.load("Data/Models/SLOgokart.3DS", "Data/Textures/");
     SLOgokart3DS.initlist(false, false);
 
-    collission = loadSample("Data/Sounds/Collission", FSOUND_HW2D | FSOUND_8BITS | FSOUND_LOOP_OFF);
-    engine = loadSample("Data/Sounds/Engine", FSOUND_HW2D | FSOUND_8BITS | FSOUND_LOOP_NORMAL);
-    tire = loadSample("Data/Sounds/Tire", FSOUND_HW2D | FSOUND_8BITS | FSOUND_LOOP_NORMAL);
+    collission = loadSample("Data/Sounds/Collission.wav", FSOUND_HW2D | FSOUND_8BITS | FSOUND_LOOP_OFF);
+    engine = loadSample("Data/Sounds/Engine.wav", FSOUND_HW2D | FSOUND_8BITS | FSOUND_LOOP_NORMAL);
+    tire = loadSample("Data/Sounds/Tire.wav", FSOUND_HW2D | FSOUND_8BITS | FSOUND_LOOP_NORMAL);
 
     for (unsigned int i = 0; i < GOKART_NCOLORS; i++) {
         palette[i][0] = PALETTE[i].r;
