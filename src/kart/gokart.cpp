@@ -93,18 +93,11 @@ int clampVolume(int v) {
     return v < 0 ? 0 : (v > 255 ? 255 : v);
 }
 
+}  // namespace
+
 unsigned int racingKarts() {
     return config.ngokarts < GOKART_NKARTS ? config.ngokarts : GOKART_NKARTS;
 }
-
-// Barrier points the track actually holds, whatever its count says; the
-// last slot is the closing copy of point 0.
-unsigned int trackPoints() {
-    const unsigned int room = sizeof track.Lpoint / sizeof track.Lpoint[0];
-    return track.nLRpoints < room ? track.nLRpoints : room - 1;
-}
-
-}  // namespace
 
 // ---- What all karts share: models, textures, sounds, driving constants ----
 
@@ -258,7 +251,7 @@ unsigned int sGokart::getcheckpoint() {
 
     float best = 99.0f;
     unsigned int result = 0;
-    unsigned int n = trackPoints();
+    unsigned int n = track.pairs();
     for (unsigned int i = 0; i < n; i++) {
         float d = distance2(track.Lpoint[i].x, track.Lpoint[i].z, sensor_x, sensor_z);
         if (d < best) {
@@ -502,7 +495,7 @@ const double WALL_LEFT = 0.05;
 // Every barrier segment, left line then right.
 template <class Visit>
 void eachwall(Visit visit) {
-    const unsigned int n = trackPoints();
+    const unsigned int n = track.pairs();
     for (const sTrackPoint* P : {track.Lpoint, track.Rpoint})
         for (unsigned int i = 0; i < n; i++) visit(P[i], P[(i + 1) % n]);
 }
@@ -620,7 +613,7 @@ void sGokart::keepcentre() {
 }
 
 void sGokart::keepoutline() {
-    if (trackPoints() < 3) return;
+    if (track.pairs() < 3) return;
     // A wall in one place, another round a corner: each pass takes out the
     // deepest intrusion; a handful settles any corner of a circuit.
     for (int pass = 0; pass < 6; pass++) {
@@ -681,7 +674,7 @@ unsigned int sGokart::countlaps() {
 
 // A human driver's line across the road, from the barrier he is nearer.
 void sGokart::placeonroad(unsigned int c) {
-    const unsigned int n = trackPoints();
+    const unsigned int n = track.pairs();
     if (aidriver || n == 0) return;
     unsigned int next = (c + 1) % n;
     float dL = distance2(track.Lpoint[c].x, track.Lpoint[c].z, px, pz) +
@@ -801,7 +794,7 @@ void sGokart::touchkarts(float loudness) {
 }
 
 void sGokart::touchbarriers(float loudness) {
-    const unsigned int n = trackPoints();
+    const unsigned int n = track.pairs();
     bool walled = track.checkOutline(colx, colz, 8, col);
     if (!walled || n == 0) return;
     if (config.soundeffects) playcollision(loudness);
@@ -929,7 +922,7 @@ void sGokart::think() {
     last_aimove = bvclock();
     kLEFT = kRIGHT = kUP = kDOWN = false;
 
-    const unsigned int n = trackPoints();
+    const unsigned int n = track.pairs();
     if (n == 0) return;
 
     // Look further ahead the faster the kart goes.

@@ -38,10 +38,6 @@ const unsigned int KEY_RIGHT = 275;
 const unsigned int KEY_LEFT = 276;
 const unsigned int KEY_F12 = 293;
 
-unsigned int racingKarts() {
-    return config.ngokarts < GOKART_NKARTS ? config.ngokarts : GOKART_NKARTS;
-}
-
 void setLight(float* v, float a, float b, float c, float d) {
     v[0] = a;
     v[1] = b;
