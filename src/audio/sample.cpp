@@ -1,4 +1,5 @@
 // Loading a sound file by name, logged like the textures and models.
+
 #include "audio/sample.h"
 
 #include <string>

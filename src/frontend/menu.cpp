@@ -1,3 +1,5 @@
+// The front end: the program's top-level state, its screens, buttons, previews and sounds.
+
 #include "frontend/menu.h"
 
 #include <GL/gl.h>

@@ -1,3 +1,5 @@
+// The karts: shared models and sounds, driving, collisions, laps, the computer driver, drawing.
+
 #include "kart/gokart.h"
 
 #include <cmath>

@@ -1,3 +1,5 @@
+// The sun, how much of it the depth buffer shows, and the flare it throws.
+
 #include "scene/lensflare.h"
 
 #include <GL/gl.h>

@@ -1,3 +1,5 @@
+// The race frame, and the race scene's set-up, reset and teardown.
+
 #include "scene/scene.h"
 
 #include <GL/gl.h>

@@ -1,3 +1,5 @@
+// Start-up, the event and frame loop, shutdown, and the window helpers.
+
 #include "shell/main.h"
 
 #include <GL/gl.h>
