@@ -1,3 +1,5 @@
+// The settings program's command line: --show lists the settings, --set changes them.
+
 #include "cli.h"
 
 #include "settingsfile.h"

@@ -1,3 +1,5 @@
+// Reading, checking and writing the sixteen settings of Data/config.bvd for the settings program.
+
 #include "settingsfile.h"
 
 #include <cerrno>

@@ -1,3 +1,5 @@
+// The settings window: one control per setting, and Save, Cancel and Play.
+
 #include "window.h"
 
 #include <gtk/gtk.h>

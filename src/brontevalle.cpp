@@ -1,3 +1,5 @@
+// The game's entry point; everything it runs is in the core library.
+
 #include "shell/main.h"
 
 // Arguments are ignored: everything the game needs is under Data/.

@@ -1,3 +1,5 @@
+// Reading .3DS meshes and turning them into textures and one display list.
+
 #include "assets/3ds.h"
 
 #include <GL/gl.h>

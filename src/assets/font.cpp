@@ -1,3 +1,5 @@
+// The bitmap font and the textured font, and the text they write.
+
 #include "assets/font.h"
 
 #include <GL/gl.h>

@@ -1,3 +1,5 @@
+// TGA pictures in and out: decoding, loading into textures, and screenshots.
+
 #include "assets/texture.h"
 
 #include <GL/gl.h>

@@ -1,3 +1,5 @@
+// The FSOUND calls played through OpenAL Soft, the files decoded by libsndfile.
+
 #include "audio/fsound.h"
 
 #define AL_ALEXT_PROTOTYPES

@@ -1,3 +1,5 @@
+// Each track's ten best laps: reading, ranking, saving, and the "NEW RECORD!" text.
+
 #include "frontend/highscore.h"
 
 #include <GL/gl.h>

@@ -1,3 +1,5 @@
+// The front end: the program's top-level state, its screens, buttons, previews and sounds.
+
 #include "frontend/menu.h"
 
 #include <GL/gl.h>
@@ -9,12 +11,12 @@
 
 #include "assets/font.h"
 #include "assets/texture.h"
+#include "audio/sample.h"
 #include "frontend/highscore.h"
 #include "kart/gokart.h"
 #include "scene/camera.h"
 #include "scene/ghost.h"
 #include "scene/scene.h"
-#include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 #include "shell/main.h"
 #include "shell/mouse.h"
@@ -56,16 +58,7 @@ bool sMenuButton::draw() {
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     float c = 0.75f + 0.25f * (float)h;
     glColor4f(c, c, c, 1);
-    glBegin(GL_QUADS);
-    glTexCoord2f(0, 0);
-    glVertex2f(x - width / 2, y - height / 2);
-    glTexCoord2f(1, 0);
-    glVertex2f(x + width / 2, y - height / 2);
-    glTexCoord2f(1, 1);
-    glVertex2f(x + width / 2, y + height / 2);
-    glTexCoord2f(0, 1);
-    glVertex2f(x - width / 2, y + height / 2);
-    glEnd();
+    unitquad(x - width / 2, y - height / 2, x + width / 2, y + height / 2);
     glDisable(GL_BLEND);
     glDisable(GL_TEXTURE_2D);
     if (!h) return false;
@@ -82,26 +75,8 @@ static void fullscreenquad(unsigned int texture) {
     glColor3f(1, 1, 1);
     glEnable(GL_TEXTURE_2D);
     glBindTexture(GL_TEXTURE_2D, texture);
-    glBegin(GL_QUADS);
-    glTexCoord2f(0, 0);
-    glVertex2f(0, 0);
-    glTexCoord2f(1, 0);
-    glVertex2f(1, 0);
-    glTexCoord2f(1, 1);
-    glVertex2f(1, 1);
-    glTexCoord2f(0, 1);
-    glVertex2f(0, 1);
-    glEnd();
+    unitquad(0, 0, 1, 1);
     glDisable(GL_TEXTURE_2D);
-}
-
-static FSOUND_SAMPLE* loadsound(const char* name, unsigned int mode) {
-    std::string path = std::string(config.PATH) + name;
-    FSOUND_SAMPLE* s = FSOUND_Sample_Load(FSOUND_FREE, path.c_str(), mode, 0);
-    std::string line = std::string("Loading soundeffects f : ") + name;
-    blackbox.task(line.c_str(), s != nullptr);
-    config.disploaded(line.c_str());
-    return s;
 }
 
 int sMenu::play(FSOUND_SAMPLE* sample, unsigned int volume) {
@@ -143,12 +118,12 @@ void sMenu::init() {
 
     const unsigned int effect = FSOUND_HW2D | FSOUND_8BITS | FSOUND_LOOP_OFF;
     const unsigned int tune = FSOUND_HW2D | FSOUND_8BITS | FSOUND_LOOP_NORMAL;
-    Broll = loadsound("Data/Sounds/Broll.wav", effect);
-    Bclick = loadsound("Data/Sounds/Bclick.wav", effect);
-    Btype = loadsound("Data/Sounds/Btype.wav", effect);
-    Bdecinc = loadsound("Data/Sounds/Bdecinc.wav", effect);
-    iintro = loadsound("Data/Sounds/iintro.mp3", tune);
-    intro = loadsound("Data/Sounds/intro.mp3", tune);
+    Broll = loadSample("Data/Sounds/Broll.wav", effect);
+    Bclick = loadSample("Data/Sounds/Bclick.wav", effect);
+    Btype = loadSample("Data/Sounds/Btype.wav", effect);
+    Bdecinc = loadSample("Data/Sounds/Bdecinc.wav", effect);
+    iintro = loadSample("Data/Sounds/iintro.mp3", tune);
+    intro = loadSample("Data/Sounds/intro.mp3", tune);
 
     FSOUND_SetSFXMasterVolume(255);
     splashmusic = -1;
@@ -374,16 +349,7 @@ void sMenu::previews() {
 static void previewquad(unsigned int texture, float cx, float cy) {
     const float hw = 97.5f / 1024, hh = 72.5f / 768;
     glBindTexture(GL_TEXTURE_2D, texture);
-    glBegin(GL_QUADS);
-    glTexCoord2f(0, 0);
-    glVertex2f(cx - hw, cy - hh);
-    glTexCoord2f(1, 0);
-    glVertex2f(cx + hw, cy - hh);
-    glTexCoord2f(1, 0.99f);
-    glVertex2f(cx + hw, cy + hh);
-    glTexCoord2f(0, 0.99f);
-    glVertex2f(cx - hw, cy + hh);
-    glEnd();
+    unitquad(cx - hw, cy - hh, cx + hw, cy + hh, 0.99f);
 }
 
 void sMenu::mainscreen() {

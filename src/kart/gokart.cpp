@@ -1,3 +1,5 @@
+// The karts: shared models and sounds, driving, collisions, laps, the computer driver, drawing.
+
 #include "kart/gokart.h"
 
 #include <cmath>
@@ -8,11 +10,11 @@
 #include <GL/gl.h>
 
 #include "assets/texture.h"
+#include "audio/sample.h"
 #include "frontend/highscore.h"
 #include "scene/camera.h"
 #include "scene/shader.h"
 #include "shell/angles.h"
-#include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 #include "shell/joystick.h"
 #include "shell/mouse.h"
@@ -68,16 +70,6 @@ const sColor PALETTE[GOKART_NCOLORS] = {
     {255, 0, 255, "magenta"},   {255, 0, 196, "magenta"},   {255, 0, 128, "magenta"}, {255, 0, 64, "red"},
 };
 
-FSOUND_SAMPLE* loadSample(const char* name, unsigned int mode) {
-    std::string relative = std::string(name) + ".wav";
-    std::string message = "Loading soundeffects f : " + relative;
-    std::string path = std::string(config.PATH) + relative;
-    FSOUND_SAMPLE* sample = FSOUND_Sample_Load(FSOUND_FREE, path.c_str(), mode, 0);
-    blackbox.task(message.c_str(), sample != nullptr);
-    config.disploaded(message.c_str());
-    return sample;
-}
-
 // Brings an angle into [-180, 180] with as many turns as it takes.
 float wrap180(float a) {
     // A heading run away to billions (a computer driver's wheel swinging
@@ -101,18 +93,11 @@ int clampVolume(int v) {
     return v < 0 ? 0 : (v > 255 ? 255 : v);
 }
 
+}  // namespace
+
 unsigned int racingKarts() {
     return config.ngokarts < GOKART_NKARTS ? config.ngokarts : GOKART_NKARTS;
 }
-
-// Barrier points the track actually holds, whatever its count says; the
-// last slot is the closing copy of point 0.
-unsigned int trackPoints() {
-    const unsigned int room = sizeof track.Lpoint / sizeof track.Lpoint[0];
-    return track.nLRpoints < room ? track.nLRpoints : room - 1;
-}
-
-}  // namespace
 
 // ---- What all karts share: models, textures, sounds, driving constants ----
 
@@ -161,9 +146,9 @@ void sGokartStaticData::init() {
     SLOgokart3DS.load("Data/Models/SLOgokart.3DS", "Data/Textures/");
     SLOgokart3DS.initlist(false, false);
 
-    collission = loadSample("Data/Sounds/Collission", FSOUND_HW2D | FSOUND_8BITS | FSOUND_LOOP_OFF);
-    engine = loadSample("Data/Sounds/Engine", FSOUND_HW2D | FSOUND_8BITS | FSOUND_LOOP_NORMAL);
-    tire = loadSample("Data/Sounds/Tire", FSOUND_HW2D | FSOUND_8BITS | FSOUND_LOOP_NORMAL);
+    collission = loadSample("Data/Sounds/Collission.wav", FSOUND_HW2D | FSOUND_8BITS | FSOUND_LOOP_OFF);
+    engine = loadSample("Data/Sounds/Engine.wav", FSOUND_HW2D | FSOUND_8BITS | FSOUND_LOOP_NORMAL);
+    tire = loadSample("Data/Sounds/Tire.wav", FSOUND_HW2D | FSOUND_8BITS | FSOUND_LOOP_NORMAL);
 
     for (unsigned int i = 0; i < GOKART_NCOLORS; i++) {
         palette[i][0] = PALETTE[i].r;
@@ -275,7 +260,7 @@ unsigned int sGokart::getcheckpoint() {
 
     float best = 99.0f;
     unsigned int result = 0;
-    unsigned int n = trackPoints();
+    unsigned int n = track.pairs();
     for (unsigned int i = 0; i < n; i++) {
         float d = distance2(track.Lpoint[i].x, track.Lpoint[i].z, sensor_x, sensor_z);
         if (d < best) {
@@ -519,7 +504,7 @@ const double WALL_LEFT = 0.05;
 // Every barrier segment, left line then right.
 template <class Visit>
 void eachwall(Visit visit) {
-    const unsigned int n = trackPoints();
+    const unsigned int n = track.pairs();
     for (const sTrackPoint* P : {track.Lpoint, track.Rpoint})
         for (unsigned int i = 0; i < n; i++) visit(P[i], P[(i + 1) % n]);
 }
@@ -637,7 +622,7 @@ void sGokart::keepcentre() {
 }
 
 void sGokart::keepoutline() {
-    if (trackPoints() < 3) return;
+    if (track.pairs() < 3) return;
     // A wall in one place, another round a corner: each pass takes out the
     // deepest intrusion; a handful settles any corner of a circuit.
     for (int pass = 0; pass < 6; pass++) {
@@ -698,7 +683,7 @@ unsigned int sGokart::countlaps() {
 
 // A human driver's line across the road, from the barrier he is nearer.
 void sGokart::placeonroad(unsigned int c) {
-    const unsigned int n = trackPoints();
+    const unsigned int n = track.pairs();
     if (aidriver || n == 0) return;
     unsigned int next = (c + 1) % n;
     float dL = distance2(track.Lpoint[c].x, track.Lpoint[c].z, px, pz) +
@@ -818,7 +803,7 @@ void sGokart::touchkarts(float loudness) {
 }
 
 void sGokart::touchbarriers(float loudness) {
-    const unsigned int n = trackPoints();
+    const unsigned int n = track.pairs();
     bool walled = track.checkOutline(colx, colz, 8, col);
     if (!walled || n == 0) return;
     if (config.soundeffects) playcollision(loudness);
@@ -946,7 +931,7 @@ void sGokart::think() {
     last_aimove = bvclock();
     kLEFT = kRIGHT = kUP = kDOWN = false;
 
-    const unsigned int n = trackPoints();
+    const unsigned int n = track.pairs();
     if (n == 0) return;
 
     // Look further ahead the faster the kart goes.
@@ -1230,16 +1215,7 @@ void sGokart::drawhud() {
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     auto quad = [h]() {
         glColor4f(1, 1, 1, 0.9f);
-        glBegin(GL_QUADS);
-        glTexCoord2f(0, 1);
-        glVertex2f(-h, h);
-        glTexCoord2f(0, 0);
-        glVertex2f(-h, -h);
-        glTexCoord2f(1, 0);
-        glVertex2f(h, -h);
-        glTexCoord2f(1, 1);
-        glVertex2f(h, h);
-        glEnd();
+        unitquad(-h, -h, h, h, 1, 3);  // begun at the top-left corner, the seam the dial was drawn with
     };
     quad();
     // The needle turns clockwise, 320 degrees at 25 units per second, and the

@@ -151,4 +151,7 @@ struct sGokart {
 extern sGokartStaticData gokartstaticdata;
 extern sGokart gokart[GOKART_NKARTS];
 
+// The karts in this race: the setting, as far as gokart[] holds them.
+unsigned int racingKarts();
+
 #endif

@@ -1,3 +1,5 @@
+// The race camera's five views, and how far and whether it sees a point.
+
 #include "scene/camera.h"
 
 #include <GL/gl.h>

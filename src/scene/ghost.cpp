@@ -1,3 +1,5 @@
+// Recording kart 0's laps, and keeping and playing back the best one as the ghost.
+
 #include "scene/ghost.h"
 
 #include <GL/gl.h>

@@ -1,3 +1,5 @@
+// The sun, how much of it the depth buffer shows, and the flare it throws.
+
 #include "scene/lensflare.h"
 
 #include <GL/gl.h>
@@ -10,6 +12,7 @@
 #include "shell/angles.h"
 #include "scene/camera.h"
 #include "scene/shader.h"
+#include "shell/main.h"
 
 sLensflare lensflare;
 
@@ -109,6 +112,9 @@ void sLensflare::drawsun() {
     glRotatef(camera.ay, 0, 1, 0);
     glRotatef(camera.az, 0, 0, 1);
     glRotatef(camera.ax, 1, 0, 0);
+    // A quad in the world, not on the screen, so not unitquad: given with two
+    // coordinates instead of three, the driver rounds it differently and the
+    // frame changes by a level in places.
     glBegin(GL_QUADS);
     glTexCoord2f(0, 0);
     glVertex3f(-5, -5, 0);
@@ -136,16 +142,7 @@ void sLensflare::draw() {
     glEnable(GL_TEXTURE_2D);
     glBindTexture(GL_TEXTURE_2D, flareTexture[1]);
     glColor4f(1, 1, 1, 0.5f * brightness);
-    glBegin(GL_QUADS);
-    glTexCoord2f(0, 0);
-    glVertex2f(x - 2, y - 2);
-    glTexCoord2f(1, 0);
-    glVertex2f(x + 2, y - 2);
-    glTexCoord2f(1, 1);
-    glVertex2f(x + 2, y + 2);
-    glTexCoord2f(0, 1);
-    glVertex2f(x - 2, y + 2);
-    glEnd();
+    unitquad(x - 2, y - 2, x + 2, y + 2);
     glDisable(GL_TEXTURE_2D);
 
     flare(0.6f, 0.3f, 1.0f, 0.6f, 0.6f);

@@ -1,3 +1,5 @@
+// The race frame, and the race scene's set-up, reset and teardown.
+
 #include "scene/scene.h"
 
 #include <GL/gl.h>
@@ -37,10 +39,6 @@ const unsigned int KEY_DOWN = 274;
 const unsigned int KEY_RIGHT = 275;
 const unsigned int KEY_LEFT = 276;
 const unsigned int KEY_F12 = 293;
-
-unsigned int racingKarts() {
-    return config.ngokarts < GOKART_NKARTS ? config.ngokarts : GOKART_NKARTS;
-}
 
 void setLight(float* v, float a, float b, float c, float d) {
     v[0] = a;

@@ -1,3 +1,5 @@
+// Planar shadows, through the stencil buffer or as textured triangles on the ground.
+
 #include "scene/shader.h"
 
 #include <GL/gl.h>

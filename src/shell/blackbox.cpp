@@ -1,3 +1,5 @@
+// The event log, Data/blackbox.bvd, written a line at a time.
+
 #include "shell/blackbox.h"
 
 #include <GL/gl.h>

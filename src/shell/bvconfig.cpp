@@ -1,3 +1,5 @@
+// Reading the settings and the remembered race setup, and the console's variables and commands.
+
 #include "shell/bvconfig.h"
 
 #include <GL/gl.h>

@@ -1,3 +1,5 @@
+// The first joystick's two axes as steering deltas.
+
 #include "shell/joystick.h"
 
 #include "shell/bvconfig.h"

@@ -1,3 +1,5 @@
+// Key states, and the F1 console with its history.
+
 #include "shell/keyboard.h"
 
 #include <GL/gl.h>

@@ -1,3 +1,5 @@
+// Start-up, the event and frame loop, shutdown, and the window helpers.
+
 #include "shell/main.h"
 
 #include <GL/gl.h>
@@ -121,16 +123,15 @@ void resizeGLwindow3D() {
     glEnable(GL_DEPTH_TEST);
 }
 
-static void unitquad(float x0, float y0, float x1, float y1) {
+void unitquad(float x0, float y0, float x1, float y1, float top, int first) {
+    const float x[4] = {x0, x1, x1, x0}, y[4] = {y0, y0, y1, y1};
+    const float s[4] = {0, 1, 1, 0}, t[4] = {0, 0, top, top};
     glBegin(GL_QUADS);
-    glTexCoord2f(0, 0);
-    glVertex2f(x0, y0);
-    glTexCoord2f(1, 0);
-    glVertex2f(x1, y0);
-    glTexCoord2f(1, 1);
-    glVertex2f(x1, y1);
-    glTexCoord2f(0, 1);
-    glVertex2f(x0, y1);
+    for (int i = 0; i < 4; i++) {
+        const int k = (first + i) % 4;
+        glTexCoord2f(s[k], t[k]);
+        glVertex2f(x[k], y[k]);
+    }
     glEnd();
 }
 

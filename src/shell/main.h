@@ -14,6 +14,12 @@ bool createGLwindow();
 void killGLwindow();
 void initGL();
 void resizeGLwindow2D(float w, float h);
+// The bound texture over the rectangle (x0, y0)-(x1, y1): its bottom row at
+// y0, and at y1 the row top (1 for the whole picture). The corners go round
+// counter-clockwise from corner first, 0 being (x0, y0): the quad is split
+// into two triangles by that order, so a caller keeps the start its pixels
+// were made with.
+void unitquad(float x0, float y0, float x1, float y1, float top = 1, int first = 0);
 void resizeGLwindow3D();
 void splashScreen();
 // Filled segments of the loading bar on the screen now; -1 when something

@@ -1,3 +1,5 @@
+// Mouse position and buttons, and the steering deltas made from them.
+
 #include "shell/mouse.h"
 
 #include <SDL/SDL.h>

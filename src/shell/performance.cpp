@@ -1,3 +1,5 @@
+// The clock, frame timing, the frame rate all motion divides by, and the frame-rate counter.
+
 #include "shell/performance.h"
 
 #include <GL/gl.h>

@@ -1,3 +1,5 @@
+// savesafely: a file replaced whole or not at all.
+
 #include "shell/safesave.h"
 
 #include <unistd.h>

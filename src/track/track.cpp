@@ -1,3 +1,5 @@
+// The circuit: the track list, loading, geometry, barrier collision and drawing.
+
 #include "track/track.h"
 
 #include <GL/gl.h>

@@ -1,3 +1,5 @@
+// The generator's painter: distance-field shapes, masks, and the canvas they paint on.
+
 #include "datagen/canvas.h"
 
 #include <cstring>

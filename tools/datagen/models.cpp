@@ -1,3 +1,5 @@
+// The list of generated models, and each one built and written as a .3DS file.
+
 #include "datagen/models.h"
 
 #include <filesystem>

@@ -1,3 +1,5 @@
+// The modelling kit: transforms and meshes, built in the game's axes.
+
 #include "datagen/models_mesh.h"
 
 #include <cmath>

@@ -1,3 +1,5 @@
+// Seeded noise for the generator: value noise, fractal sums and cells.
+
 #include "datagen/noise.h"
 
 #include <cmath>

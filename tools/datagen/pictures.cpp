@@ -1,3 +1,5 @@
+// Every picture and every sound file the generator makes, one list of each.
+
 #include "datagen/content.h"
 
 namespace gen {

@@ -1,3 +1,5 @@
+// Oscillators, envelopes, echo and the final mix of the generated sounds.
+
 #include "datagen/synth.h"
 
 #include <algorithm>

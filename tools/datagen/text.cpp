@@ -1,3 +1,5 @@
+// Text set with FreeType into masks for the generated pictures.
+
 #include "datagen/text.h"
 
 #include <ft2build.h>

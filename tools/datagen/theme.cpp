@@ -1,3 +1,5 @@
+// The evening valley and racing stripes behind the splash and the menus.
+
 #include "datagen/theme.h"
 
 #include "datagen/noise.h"

@@ -1,3 +1,5 @@
+// TGA files from RGBA pixels, plain or run-length encoded.
+
 #include "writers/tga.h"
 
 #include <cstdio>

@@ -1,3 +1,5 @@
+// 16-bit PCM WAV files from samples.
+
 #include "writers/wav.h"
 
 #include <cmath>

@@ -1,3 +1,5 @@
+// Mesh models built up and written as .3DS files.
+
 #include "writers/writer3ds.h"
 
 #include <cstring>
