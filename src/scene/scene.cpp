@@ -32,14 +32,6 @@ s3DS sky3DS;
 
 namespace {
 
-// Keys of the race.
-const unsigned int KEY_ESCAPE = 27;
-const unsigned int KEY_UP = 273;
-const unsigned int KEY_DOWN = 274;
-const unsigned int KEY_RIGHT = 275;
-const unsigned int KEY_LEFT = 276;
-const unsigned int KEY_F12 = 293;
-
 void setLight(float* v, float a, float b, float c, float d) {
     v[0] = a;
     v[1] = b;
@@ -92,12 +84,12 @@ void runStartClock() {
 void driveKarts(unsigned int n) {
     for (unsigned int i = 0; i < n; i++) gokart[i].colide();
     if (config.nhumanplayers >= 1) {
-        gokart[0].kLEFT = keyboard.key[KEY_LEFT];
-        gokart[0].kRIGHT = keyboard.key[KEY_RIGHT];
+        gokart[0].kLEFT = keyboard.key[SDLK_LEFT];
+        gokart[0].kRIGHT = keyboard.key[SDLK_RIGHT];
         // Steering is free on the grid; the pedals wait for the start.
         if (t > 2.0f) {
-            gokart[0].kUP = keyboard.key[KEY_UP];
-            gokart[0].kDOWN = keyboard.key[KEY_DOWN];
+            gokart[0].kUP = keyboard.key[SDLK_UP];
+            gokart[0].kDOWN = keyboard.key[SDLK_DOWN];
         }
         gokart[0].move();
     }
@@ -244,12 +236,12 @@ void drawOverlays(unsigned int focus) {
 }
 
 void handleRaceKeys() {
-    if (keyboard.key[KEY_F12]) {
+    if (keyboard.key[SDLK_F12]) {
         fsaveTGA();
         performance.discardnext();
     }
 
-    if (keyboard.key[KEY_ESCAPE]) {
+    if (keyboard.key[SDLK_ESCAPE]) {
         menu.m = MENU_ENTER;
         if (config.soundeffects) FSOUND_StopSound(FSOUND_ALL);
         SDL_ShowCursor(1);

@@ -817,7 +817,7 @@ void sTrack::isinview() {
 void sTrack::drawGantryAndCameras(unsigned int ncentre) {
     glColor3f(1, 1, 1);
     glPushMatrix();
-    glTranslatef(trackscale * 218, 0, 2.5f);
+    glTranslatef(trackscale * TRACK_GANTRY_X, 0, TRACK_GANTRY_Z);
     finish3DS.drawlist();
     glPopMatrix();
 
@@ -838,87 +838,75 @@ void sTrack::drawGantryAndCameras(unsigned int ncentre) {
 }
 
 void sTrack::drawObjects() {
-    const unsigned int nobjects = nMiscobjects < TRACK_MAXOBJECTS ? nMiscobjects : TRACK_MAXOBJECTS;
-    const unsigned int ncentre = nCpoints < TRACK_MAXPOINTS ? nCpoints : TRACK_MAXPOINTS;
-    const unsigned int n = nLRpoints < TRACK_MAXPOINTS ? nLRpoints : TRACK_MAXPOINTS;
-    const float h = barrier_height, w = barrier_width;
-
-    drawGantryAndCameras(ncentre);
-
+    drawGantryAndCameras(centrePoints());
     glEnable(GL_TEXTURE_2D);
+    drawBarriers();
+    drawRoadsideObjects(objects());
+    glCallList(LIST_fences);
+}
 
-    // Barriers, one texture at a time: the face towards the road, the face
-    // away from it (a barrier width further out) and the top.
-    auto corner = [](const sTrackPoint& p, float y, float s, float t) {
-        glTexCoord2f(s, t);
-        glVertex3f(p.x, y, p.z);
-    };
+namespace {
+
+// One corner of a barrier face: where it stands, its texture place and its normal.
+struct sFaceCorner {
+    sTrackPoint p;
+    float y, s, t;
+    float nx, ny, nz;
+};
+
+// The three faces of the barrier segment from A to B: 0 towards the road,
+// 1 away from it (a barrier width further out), 2 the top. Both barriers are
+// laid out as the left one; the right barrier faces the road from the other
+// side, so it hands the same corners to GL the other way round.
+void barrierFace(int face, bool right, const sTrackPoint& A, const sTrackPoint& B, const sTrackPoint& NA,
+                 const sTrackPoint& NB, float si, float sj, float w, float h) {
+    const sTrackPoint A2 = outwards(A, NA, w), B2 = outwards(B, NB, w);
+    sFaceCorner c[4];
+    if (face == 0) {
+        c[0] = {A, h, si, 1, NA.x, 0, NA.z};
+        c[1] = {A, 0, si, 0, NA.x, 0, NA.z};
+        c[2] = {B, 0, sj, 0, NB.x, 0, NB.z};
+        c[3] = {B, h, sj, 1, NB.x, 0, NB.z};
+    } else if (face == 1) {
+        c[0] = {A2, 0, si, 0, -NA.x, 0, -NA.z};
+        c[1] = {A2, h, si, 1, -NA.x, 0, -NA.z};
+        c[2] = {B2, h, sj, 1, -NB.x, 0, -NB.z};
+        c[3] = {B2, 0, sj, 0, -NB.x, 0, -NB.z};
+    } else {
+        c[0] = {A2, h, si, 0, 0, 1, 0};
+        c[1] = {A, h, si, 1, 0, 1, 0};
+        c[2] = {B, h, sj, 1, 0, 1, 0};
+        c[3] = {B2, h, sj, 0, 0, 1, 0};
+    }
+    // The top keeps its first corner on the inner edge either way.
+    static const int leftOrder[4] = {0, 1, 2, 3}, rightSides[4] = {3, 2, 1, 0}, rightTop[4] = {1, 0, 3, 2};
+    const int* order = !right ? leftOrder : face < 2 ? rightSides : rightTop;
+    for (int k = 0; k < 4; k++) {
+        const sFaceCorner& v = c[order[k]];
+        glNormal3f(v.nx, v.ny, v.nz);
+        glTexCoord2f(v.s, v.t);
+        glVertex3f(v.p.x, v.y, v.p.z);
+    }
+}
+
+}  // namespace
+
+// Barriers, one texture at a time, each segment whose ends are in view.
+void sTrack::drawBarriers() {
+    const unsigned int n = pairs();
+    const float h = barrier_height, w = barrier_width;
     for (int face = 0; face < 3; face++) {
         glBindTexture(GL_TEXTURE_2D, face == 0 ? frontTexture : face == 1 ? backTexture : topTexture);
         glBegin(GL_QUADS);
         for (unsigned int i = 0; i < n; i++) {
             unsigned int j = (i + 1) % n;
-            if (inviewLpoint[i]) {
-                const sTrackPoint &A = Lpoint[i], &B = Lpoint[j], &NA = LNpoint[i], &NB = LNpoint[j];
-                sTrackPoint A2 = outwards(A, NA, w), B2 = outwards(B, NB, w);
-                float si = LTcoord[i], sj = LTcoord[i + 1];
-                if (face == 0) {
-                    glNormal3f(NA.x, 0, NA.z);
-                    corner(A, h, si, 1);
-                    corner(A, 0, si, 0);
-                    glNormal3f(NB.x, 0, NB.z);
-                    corner(B, 0, sj, 0);
-                    corner(B, h, sj, 1);
-                } else if (face == 1) {
-                    glNormal3f(-NA.x, 0, -NA.z);
-                    corner(A2, 0, si, 0);
-                    corner(A2, h, si, 1);
-                    glNormal3f(-NB.x, 0, -NB.z);
-                    corner(B2, h, sj, 1);
-                    corner(B2, 0, sj, 0);
-                } else {
-                    glNormal3f(0, 1, 0);
-                    corner(A2, h, si, 0);
-                    corner(A, h, si, 1);
-                    corner(B, h, sj, 1);
-                    corner(B2, h, sj, 0);
-                }
-            }
-            if (inviewRpoint[i]) {
-                // The right barrier faces the road from the other side: same
-                // faces, vertices the other way round.
-                const sTrackPoint &A = Rpoint[i], &B = Rpoint[j], &NA = RNpoint[i], &NB = RNpoint[j];
-                sTrackPoint A2 = outwards(A, NA, w), B2 = outwards(B, NB, w);
-                float si = RTcoord[i], sj = RTcoord[i + 1];
-                if (face == 0) {
-                    glNormal3f(NB.x, 0, NB.z);
-                    corner(B, h, sj, 1);
-                    corner(B, 0, sj, 0);
-                    glNormal3f(NA.x, 0, NA.z);
-                    corner(A, 0, si, 0);
-                    corner(A, h, si, 1);
-                } else if (face == 1) {
-                    glNormal3f(-NB.x, 0, -NB.z);
-                    corner(B2, 0, sj, 0);
-                    corner(B2, h, sj, 1);
-                    glNormal3f(-NA.x, 0, -NA.z);
-                    corner(A2, h, si, 1);
-                    corner(A2, 0, si, 0);
-                } else {
-                    glNormal3f(0, 1, 0);
-                    corner(A, h, si, 1);
-                    corner(A2, h, si, 0);
-                    corner(B2, h, sj, 0);
-                    corner(B, h, sj, 1);
-                }
-            }
+            if (inviewLpoint[i])
+                barrierFace(face, false, Lpoint[i], Lpoint[j], LNpoint[i], LNpoint[j], LTcoord[i], LTcoord[i + 1], w, h);
+            if (inviewRpoint[i])
+                barrierFace(face, true, Rpoint[i], Rpoint[j], RNpoint[i], RNpoint[j], RTcoord[i], RTcoord[i + 1], w, h);
         }
         glEnd();
     }
-
-    drawRoadsideObjects(nobjects);
-
-    glCallList(LIST_fences);
 }
 
 // The roadside objects in view; plants and advertisement boards have their pictures.
@@ -948,9 +936,9 @@ void sTrack::drawRoadsideObjects(unsigned int nobjects) {
         glRotatef((float)(i * 35), 0, 1, 0);
         miscobjectPTR[type]->drawlist();
         if (type == TRACK_ADBOARD) {
-            unsigned int ads = nAds < TRACK_MAXADS ? nAds : TRACK_MAXADS;
+            const unsigned int nads = ads();
             glEnable(GL_TEXTURE_2D);
-            glBindTexture(GL_TEXTURE_2D, adTexture[i % ads]);
+            glBindTexture(GL_TEXTURE_2D, adTexture[i % nads]);
             adboard3DS.drawlist();
             glDisable(GL_TEXTURE_2D);
         }

@@ -137,6 +137,7 @@ private:
     void buildFencePoles(unsigned int n);
     void buildFinishLine();
     void drawGantryAndCameras(unsigned int ncentre);
+    void drawBarriers();
     void drawRoadsideObjects(unsigned int nobjects);
     void buildFences();
     void finishLine(sTrackPoint& a, sTrackPoint& b, sTrackPoint& dir) const;
