@@ -33,8 +33,21 @@ protected:
         keyboard.init();
         menu.init();
         mouse.init();
+        settlePointer();
         performance.init();
         fontFNT.init("Courier", 8);
+    }
+    // The pointer warp of mouse.init comes back from the X server as a motion
+    // of its own, at the server's pace: on a freshly started server it can
+    // land among a test's own events. Wait a moment for it and drop it.
+    static void settlePointer() {
+        SDL_Event e;
+        for (int tries = 0; tries < 30; tries++) {
+            SDL_PumpEvents();
+            while (SDL_PollEvent(&e))
+                if (e.type == SDL_MOUSEMOTION && (unsigned)e.motion.x == mouse.x && (unsigned)e.motion.y == mouse.y) return;
+            SDL_Delay(10);
+        }
     }
     ScratchDir dir;
     bool done = false;
