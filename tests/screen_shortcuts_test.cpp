@@ -154,6 +154,20 @@ TEST_F(FrameShortcuts, TheSkyDrawnAroundTheGroundLooksTheSameInEveryView) {
     }
 }
 
+TEST_F(FrameShortcuts, TheRoadDrawnBeforeTheDirtLooksAsTheRoadDrawnOverIt) {
+    startRace();
+    expectSamePicture(&sShortcuts::road, RACE_FRAMES);
+}
+
+TEST_F(FrameShortcuts, TheRoadDrawnBeforeTheDirtLooksTheSameInEveryView) {
+    startRace();
+    for (unsigned int mode : {CAMERA_DRIVER, CAMERA_TRACKSIDE, CAMERA_HIGH}) {
+        SCOPED_TRACE(mode);
+        view = mode;
+        expectSamePicture(&sShortcuts::road, RACE_FRAMES / 2);
+    }
+}
+
 TEST_F(FrameShortcuts, PreviewsCopiedInTheDriverLookAsPreviewsReadBackAndUploaded) {
     expectSamePicture(&sShortcuts::previews, MENU_FRAMES);
 }
