@@ -20,9 +20,12 @@
 #include <vector>
 
 #include "frontend/menu.h"
+#include "assets/font.h"
 #include "kart/gokart.h"
 #include "scene/camera.h"
+#include "scene/lensflare.h"
 #include "scene/scene.h"
+#include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 #include "shell/main.h"
 #include "shell/performance.h"
@@ -48,7 +51,16 @@ protected:
         fs::copy_file(game / "config.bvd", "Data/config.bvd");
         startup();
     }
-    void TearDown() override { bvclock_override = -1; }
+    // What the game's shutdown gives back, without its saving and exit.
+    void TearDown() override {
+        bvclock_override = -1;
+        killScene();
+        lensflare.free();
+        menu.free();
+        fontFNT.free();
+        fontTGA.free();
+        blackbox.free();
+    }
 
     // The heaviest race: six computer karts, every effect at its highest.
     void startRace() {
