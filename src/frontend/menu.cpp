@@ -129,6 +129,7 @@ void sMenu::init() {
     splashmusic = -1;
     menumusic = -1;
     if (config.music) splashmusic = FSOUND_PlaySound(FSOUND_FREE, iintro);
+    splashopening = splashmusic >= 0;
     FSOUND_SetVolume(splashmusic, (int)config.musicvolume);
 
     dynsize = 256;
@@ -140,6 +141,7 @@ void sMenu::display() {
     switch (m) {
     case MENU_RACESTART:
         FSOUND_StopSound(FSOUND_ALL);
+        splashopening = false;
         SDL_ShowCursor(0);
         resetScene();
         m = MENU_RACING;
@@ -183,8 +185,14 @@ void sMenu::display() {
 void sMenu::music() {
     if (!config.music) return;
     // The start-up tune plays to its end once: looping takes its position
-    // back to the start, and only then does the menu tune take over.
-    bool splash = FSOUND_IsPlaying(splashmusic) && FSOUND_GetCurrentPosition(splashmusic) > 2500;
+    // back to the start, and only then does the menu tune take over. Its
+    // opening is not that return, though: the game now loads so quickly that
+    // the first menu frame can come before the mixer has played 2500
+    // positions of it, and the fanfare was cut before a note was heard.
+    bool playing = FSOUND_IsPlaying(splashmusic);
+    bool pastopening = playing && FSOUND_GetCurrentPosition(splashmusic) > 2500;
+    if (pastopening || !playing) splashopening = false;
+    bool splash = pastopening || (playing && splashopening);
     if (!splash && !FSOUND_IsPlaying(menumusic)) {
         FSOUND_StopSound(splashmusic);
         menumusic = play(intro, config.musicvolume);

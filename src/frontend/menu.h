@@ -50,6 +50,7 @@ struct sMenu {
     bool player1nameBhit, trackIncORDecBhit, opponentsIncORDecBhit, player1colorIncORDecBhit, difficultyIncORDecBhit,
         largeBhit;
     int splashmusic, menumusic;
+    bool splashopening;  // the start-up tune has started and not yet been heard past its opening
     FSOUND_SAMPLE *Broll, *Bclick, *Btype, *Bdecinc, *iintro, *intro;
     unsigned char* dyntexdata;
     unsigned int dyntex[2];
