@@ -936,6 +936,8 @@ bool turnOff(const std::string& names) {
         else if (name == "sky") shortcuts.sky = false;
         else if (name == "previews") shortcuts.previews = false;
         else if (name == "splash") shortcuts.splash = false;
+        else if (name == "road") shortcuts.road = false;
+        else if (name == "screens") shortcuts.screens = false;
         else return false;
     }
     return true;

@@ -166,8 +166,73 @@ TEST_F(FrameShortcuts, TheSkyDrawnAroundTheGroundLooksTheSameInEveryView) {
     }
 }
 
+TEST_F(FrameShortcuts, TheRoadDrawnBeforeTheDirtLooksAsTheRoadDrawnOverIt) {
+    startRace();
+    expectSamePicture(&sShortcuts::road, RACE_FRAMES);
+}
+
+TEST_F(FrameShortcuts, TheRoadDrawnBeforeTheDirtLooksTheSameInEveryView) {
+    startRace();
+    for (unsigned int mode : {CAMERA_DRIVER, CAMERA_TRACKSIDE, CAMERA_HIGH}) {
+        SCOPED_TRACE(mode);
+        view = mode;
+        expectSamePicture(&sShortcuts::road, RACE_FRAMES / 2);
+    }
+}
+
 TEST_F(FrameShortcuts, PreviewsCopiedInTheDriverLookAsPreviewsReadBackAndUploaded) {
     expectSamePicture(&sShortcuts::previews, MENU_FRAMES);
+}
+
+// The About, Credits and Records screens, their backdrops loaded as each
+// opens, look as they did with all three held from start-up on; the
+// backdrop of a screen left behind is let go.
+TEST_F(FrameShortcuts, BackdropsLoadedAsTheirScreenOpensLookAsBackdropsHeldFromStartUp) {
+    const unsigned int screens[3] = {MENU_ABOUT, MENU_CREDITS, MENU_RECORDS};
+    auto held = [] { return menu.tgaAbout + menu.tgaCredits + menu.tgaRecords; };
+    auto visit = [&](unsigned int screen) {
+        menu.m = MENU_MAIN;
+        run(2);
+        menu.m = screen;
+        std::vector<unsigned char> p = run(3);
+        EXPECT_EQ(menu.m, screen);
+        return p;
+    };
+    std::vector<unsigned char> fast[3], plain[3];
+    EXPECT_EQ(held(), 0u) << "none held after start-up";
+    unsigned int last = 0;
+    for (int i = 0; i < 3; i++) {
+        SCOPED_TRACE(screens[i]);
+        fast[i] = visit(screens[i]);
+        last = held();
+        EXPECT_TRUE(glIsTexture(last));
+        EXPECT_TRUE(last == menu.tgaAbout || last == menu.tgaCredits || last == menu.tgaRecords)
+            << "only the screen on show holds its backdrop";
+    }
+    menu.m = MENU_MAIN;
+    run(1);
+    EXPECT_EQ(held(), 0u);
+    EXPECT_FALSE(glIsTexture(last));
+
+    shortcuts.screens = false;
+    menu.init();
+    EXPECT_TRUE(menu.tgaAbout && menu.tgaCredits && menu.tgaRecords) << "all three held from start-up";
+    for (int i = 0; i < 3; i++) plain[i] = visit(screens[i]);
+    shortcuts = sShortcuts();
+
+    for (int i = 0; i < 3; i++) {
+        SCOPED_TRACE(screens[i]);
+        keep(fast[i], "fast" + std::to_string(i));
+        keep(plain[i], "plain" + std::to_string(i));
+        ASSERT_EQ(fast[i].size(), plain[i].size());
+        size_t differ = 0, lit = 0;
+        for (size_t k = 0; k < fast[i].size(); k++) {
+            differ += fast[i][k] != plain[i][k];
+            lit += fast[i][k] > 16;
+        }
+        EXPECT_EQ(differ, 0u) << "channels that differ, of " << fast[i].size();
+        EXPECT_GT(lit, fast[i].size() / 4);
+    }
 }
 
 // The start-up in a child process (a process starts up once), with or

@@ -166,9 +166,10 @@ void drawGround() {
     glLightfv(GL_LIGHT0, GL_POSITION, LightPosition);
     if (config.fog) glEnable(GL_FOG);
     if (shortcuts.sky && track.LIST_ground) {
+        if (shortcuts.road) glCallList(track.LIST_ground + 5);
         glCallList(track.LIST_ground + 3);
         drawSkyAroundGround();
-        glCallList(track.LIST_ground + 2);
+        glCallList(track.LIST_ground + (shortcuts.road ? 4 : 2));
     } else {
         glCallList(track.LIST_ground);
     }

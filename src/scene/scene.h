@@ -38,6 +38,12 @@ struct sShortcuts {
     bool previews = true;
     // The loading splash drawn and shown again only when its bar has grown.
     bool splash = true;
+    // The road drawn before the ground's dirt, marking the stencil, so that
+    // the dirt under it is never shaded (with the sky shortcut only).
+    bool road = true;
+    // The About, Credits and Records backdrops decoded when their screen opens
+    // and let go when it closes, not all held from start-up on.
+    bool screens = true;
 };
 extern sShortcuts shortcuts;
 

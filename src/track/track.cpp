@@ -71,11 +71,12 @@ void vertex(const sTrackPoint& p, float y) {
 
 // Ground pieces are drawn twice, once where a shadow caster has marked the
 // stencil (at half brightness) and once everywhere else.
+// Only bit 1 is compared; ref 3 lets a marking pass write bit 2 as well.
 template <typename Draw>
-void shadowedPasses(float alpha, Draw draw) {
-    glStencilFunc(GL_EQUAL, 1, 1);
+void shadowedPasses(float alpha, Draw draw, int ref = 1) {
+    glStencilFunc(GL_EQUAL, ref, 1);
     draw(0.5f, alpha);
-    glStencilFunc(GL_NOTEQUAL, 1, 1);
+    glStencilFunc(GL_NOTEQUAL, ref, 1);
     draw(1.0f, alpha);
 }
 
@@ -423,21 +424,36 @@ void band(const sTrackPoint* P, const sTrackPoint* N, const float* T, unsigned i
 
 }  // namespace
 
-// Four lists: LIST_ground draws the whole ground by calling LIST_ground + 1,
+// Six lists: LIST_ground draws the whole ground by calling LIST_ground + 1,
 // the plain dirt under everything, and LIST_ground + 2, all that lies on it.
-// LIST_ground + 3 is the dirt again, marking where it drew, so that a race
-// frame can draw the sky between the two halves only where the dirt did not.
+// LIST_ground + 3 is the dirt again, marking where it drew (and drawing only
+// where nothing has marked yet), so that a race frame can draw the sky
+// between the two halves only where the dirt did not. LIST_ground + 5 is the
+// road alone, marking where it drew, for a race frame to draw before the dirt
+// so that the dirt under it is never shaded; LIST_ground + 4 is then the rest
+// of what lies on the dirt.
 void sTrack::buildGround() {
-    if (LIST_ground && glIsList(LIST_ground)) glDeleteLists(LIST_ground, 4);
-    LIST_ground = glGenLists(4);
+    if (LIST_ground && glIsList(LIST_ground)) glDeleteLists(LIST_ground, 6);
+    LIST_ground = glGenLists(6);
     glNewList(LIST_ground + 1, GL_COMPILE);
     buildGroundBase(false);
     glEndList();
     glNewList(LIST_ground + 2, GL_COMPILE);
-    buildGroundCover();
+    buildGroundCover(true);
     glEndList();
     glNewList(LIST_ground + 3, GL_COMPILE);
     buildGroundBase(true);
+    glEndList();
+    glNewList(LIST_ground + 4, GL_COMPILE);
+    buildGroundCover(false);
+    glEndList();
+    glNewList(LIST_ground + 5, GL_COMPILE);
+    glDisable(GL_DEPTH_TEST);
+    glEnable(GL_TEXTURE_2D);
+    glNormal3f(0, 1, 0);
+    glEnable(GL_STENCIL_TEST);
+    glDisable(GL_CULL_FACE);
+    if (nLRpoints > 0) buildRoad(nLRpoints, true);
     glEndList();
     glNewList(LIST_ground, GL_COMPILE);
     glCallList(LIST_ground + 1);
@@ -446,7 +462,8 @@ void sTrack::buildGround() {
 }
 
 // The dirt under the whole track, opaque. With mark, every pixel it draws
-// gets stencil bit 2 (bit 1 is the shadows').
+// gets stencil bit 2 (bit 1 is the shadows'), and it draws only where bit 2
+// is still clear: where the road, drawn first, has not covered the window.
 void sTrack::buildGroundBase(bool mark) {
     glDisable(GL_DEPTH_TEST);
     glEnable(GL_TEXTURE_2D);
@@ -454,7 +471,7 @@ void sTrack::buildGroundBase(bool mark) {
     glEnable(GL_STENCIL_TEST);
     if (mark) {
         glStencilMask(2);
-        glStencilOp(GL_KEEP, GL_KEEP, GL_REPLACE);
+        glStencilOp(GL_KEEP, GL_KEEP, GL_INVERT);
     } else {
         glStencilOp(GL_KEEP, GL_KEEP, GL_KEEP);
     }
@@ -462,14 +479,20 @@ void sTrack::buildGroundBase(bool mark) {
     glDisable(GL_CULL_FACE);
 
     glBindTexture(GL_TEXTURE_2D, dirtTexture[whichDirt]);
-    // Compared on bit 1 only; 3 writes bit 2 when marking.
-    const int ref = mark ? 3 : 1;
+    // Marking, bits 1 and 2 are compared (bit 2 must be clear) and a pixel
+    // drawn has its bit 2 turned on.
     for (int pass = 0; pass < 2; pass++) {
         if (pass == 0) {
-            glStencilFunc(GL_EQUAL, ref, 1);
+            if (mark)
+                glStencilFunc(GL_EQUAL, 1, 3);
+            else
+                glStencilFunc(GL_EQUAL, 1, 1);
             glColor3f(0.5f, 0.5f, 0.5f);
         } else {
-            glStencilFunc(GL_NOTEQUAL, ref, 1);
+            if (mark)
+                glStencilFunc(GL_EQUAL, 0, 3);
+            else
+                glStencilFunc(GL_NOTEQUAL, 1, 1);
             glColor3f(1, 1, 1);
         }
         for (int z = -256; z <= 256; z += 32) {
@@ -491,7 +514,7 @@ void sTrack::buildGroundBase(bool mark) {
 
 // Road, roadside, fence posts and finish line. The state the dirt set up is
 // set again first: the sky may have been drawn in between.
-void sTrack::buildGroundCover() {
+void sTrack::buildGroundCover(bool road) {
     glDisable(GL_DEPTH_TEST);
     glEnable(GL_TEXTURE_2D);
     glNormal3f(0, 1, 0);
@@ -501,7 +524,7 @@ void sTrack::buildGroundCover() {
 
     const unsigned int n = nLRpoints;
     if (n > 0) {
-        buildRoad(n);
+        if (road) buildRoad(n, false);
         buildRoadside(n);
     } else {
         // As the roadside leaves the state when there is one.
@@ -521,9 +544,14 @@ void sTrack::buildGroundCover() {
 }
 
 // The road between the barrier lines: across the road the picture spans
-// once, along it it repeats with the distance driven.
-void sTrack::buildRoad(unsigned int n) {
+// once, along it it repeats with the distance driven. With mark, every pixel
+// it draws gets stencil bit 2, as the dirt's marking pass would give it.
+void sTrack::buildRoad(unsigned int n, bool mark) {
     glBindTexture(GL_TEXTURE_2D, roadTexture[whichRoad]);
+    if (mark) {
+        glStencilMask(2);
+        glStencilOp(GL_KEEP, GL_KEEP, GL_REPLACE);
+    }
     shadowedPasses(1.0f, [&](float shade, float) {
         glColor3f(shade, shade, shade);
         glBegin(GL_QUAD_STRIP);
@@ -535,7 +563,11 @@ void sTrack::buildRoad(unsigned int n) {
             vertex(Rpoint[i], 0);
         }
         glEnd();
-    });
+    }, mark ? 3 : 1);
+    if (mark) {
+        glStencilMask(~0u);
+        glStencilOp(GL_KEEP, GL_KEEP, GL_KEEP);
+    }
 }
 
 // Dirt along both barriers, then the grass fading in and out beyond it.
@@ -949,7 +981,7 @@ void sTrack::drawRoadsideObjects(unsigned int nobjects) {
 void sTrack::free() {
     highscore.save();
     ghost.save();
-    if (LIST_ground && glIsList(LIST_ground)) glDeleteLists(LIST_ground, 4);
+    if (LIST_ground && glIsList(LIST_ground)) glDeleteLists(LIST_ground, 6);
     if (LIST_fences && glIsList(LIST_fences)) glDeleteLists(LIST_fences, 1);
     LIST_ground = LIST_fences = 0;
 

@@ -70,7 +70,7 @@ struct sTrack {
     unsigned int typeMiscobject[TRACK_MAXOBJECTS];
     sTrackPoint miscobject[TRACK_MAXOBJECTS];
     s3DS* miscobjectPTR[TRACK_MAXOBJECTS];
-    // LIST_ground + 1 to + 3 are the ground's halves (see buildGround).
+    // LIST_ground + 1 to + 5 are the ground's parts (see buildGround).
     unsigned int LIST_ground, LIST_fences;
 
     // Once per run: the track list, and the textures and models all tracks share.
@@ -131,8 +131,8 @@ private:
     void buildGeometry();
     void buildGround();
     void buildGroundBase(bool mark);
-    void buildGroundCover();
-    void buildRoad(unsigned int n);
+    void buildGroundCover(bool road);
+    void buildRoad(unsigned int n, bool mark);
     void buildRoadside(unsigned int n);
     void buildFencePoles(unsigned int n);
     void buildFinishLine();
