@@ -214,6 +214,8 @@ TEST_F(FrameShortcuts, BackdropsLoadedAsTheirScreenOpensLookAsBackdropsHeldFromS
     EXPECT_EQ(held(), 0u);
     EXPECT_FALSE(glIsTexture(last));
 
+    // Started again the plain way: all three backdrops loaded at once.
+    menu.free();
     shortcuts.screens = false;
     menu.init();
     EXPECT_TRUE(menu.tgaAbout && menu.tgaCredits && menu.tgaRecords) << "all three held from start-up";
