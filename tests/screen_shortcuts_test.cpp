@@ -13,6 +13,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -178,6 +179,93 @@ TEST_F(FrameShortcuts, TheRoadDrawnBeforeTheDirtLooksTheSameInEveryView) {
         view = mode;
         expectSamePicture(&sShortcuts::road, RACE_FRAMES / 2);
     }
+}
+
+TEST_F(FrameShortcuts, TheGroundsDarkerPassesKeptToTheShadowsLookAsDrawnOverTheWholeWindow) {
+    startRace();
+    expectSamePicture(&sShortcuts::shadowscissor, RACE_FRAMES);
+}
+
+TEST_F(FrameShortcuts, TheGroundsDarkerPassesKeptToTheShadowsLookTheSameInEveryView) {
+    startRace();
+    for (unsigned int mode : {CAMERA_DRIVER, CAMERA_TRACKSIDE, CAMERA_HIGH}) {
+        SCOPED_TRACE(mode);
+        view = mode;
+        expectSamePicture(&sShortcuts::shadowscissor, RACE_FRAMES / 2);
+    }
+}
+
+TEST_F(FrameShortcuts, TheGroundsDarkerPassesKeptToTheShadowsLookTheSameInTheMenu) {
+    expectSamePicture(&sShortcuts::shadowscissor, MENU_FRAMES);
+}
+
+// The scissor rectangle after a frame, cut to the window: x0, y0, x1, y1.
+std::array<int, 4> shadowsRectangle() {
+    GLint box[4];
+    glGetIntegerv(GL_SCISSOR_BOX, box);
+    return {std::max(box[0], 0), std::max(box[1], 0), std::min(box[0] + box[2], (int)config.width),
+            std::min(box[1] + box[3], (int)config.height)};
+}
+
+// How many pixels the shadows marked in the stencil, and how many of them
+// lie outside the rectangle.
+std::pair<size_t, size_t> markedOutside(const std::array<int, 4>& r) {
+    std::vector<unsigned char> stencil(config.width * config.height);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, config.width, config.height, GL_STENCIL_INDEX, GL_UNSIGNED_BYTE, stencil.data());
+    size_t marked = 0, outside = 0;
+    for (int y = 0; y < (int)config.height; y++)
+        for (int x = 0; x < (int)config.width; x++)
+            if (stencil[y * config.width + x] & 1) {
+                marked++;
+                outside += x < r[0] || y < r[1] || x >= r[2] || y >= r[3];
+            }
+    return {marked, outside};
+}
+
+TEST_F(FrameShortcuts, TheShadowsRectangleHoldsEveryShadowAndLeavesOutTheSky) {
+    startRace();
+    for (unsigned int mode : {CAMERA_CHASE, CAMERA_DRIVER, CAMERA_TRACKSIDE, CAMERA_HIGH}) {
+        SCOPED_TRACE(mode);
+        view = mode;
+        run(RACE_FRAMES / 2);
+        std::array<int, 4> r = shadowsRectangle();
+        auto [marked, outside] = markedOutside(r);
+        EXPECT_GT(marked, 1000u);
+        EXPECT_EQ(outside, 0u) << r[0] << " " << r[1] << " " << r[2] << " " << r[3];
+        if (mode == CAMERA_CHASE) {
+            EXPECT_LT(r[3], (int)config.height * 3 / 4) << "the sky is in it";
+        }
+    }
+}
+
+TEST_F(FrameShortcuts, TheShadowsRectangleOfOneKartIsSmall) {
+    startRace();
+    config.ngokarts = 1;
+    config.trackshadows = 0;
+    run(RACE_FRAMES);
+    std::array<int, 4> r = shadowsRectangle();
+    auto [marked, outside] = markedOutside(r);
+    EXPECT_GT(marked, 1000u);
+    EXPECT_EQ(outside, 0u);
+    EXPECT_GT((r[2] - r[0]) * (r[3] - r[1]), 0);
+    EXPECT_LT((r[2] - r[0]) * (r[3] - r[1]), (int)(config.width * config.height / 4))
+        << r[0] << " " << r[1] << " " << r[2] << " " << r[3];
+}
+
+TEST_F(FrameShortcuts, NoShadowsRectangleInTheMenu) {
+    run(2);
+    std::array<int, 4> r = shadowsRectangle();
+    EXPECT_TRUE(r[2] <= r[0] || r[3] <= r[1]) << r[0] << " " << r[1] << " " << r[2] << " " << r[3];
+    // Without the shortcut the darker passes may shade anywhere.
+    shortcuts.shadowscissor = false;
+    run(2);
+    shortcuts = sShortcuts();
+    r = shadowsRectangle();
+    EXPECT_EQ(r[0], 0);
+    EXPECT_EQ(r[1], 0);
+    EXPECT_EQ(r[2], (int)config.width);
+    EXPECT_EQ(r[3], (int)config.height);
 }
 
 TEST_F(FrameShortcuts, PreviewsCopiedInTheDriverLookAsPreviewsReadBackAndUploaded) {

@@ -44,6 +44,8 @@ struct sShortcuts {
     // The About, Credits and Records backdrops decoded when their screen opens
     // and let go when it closes, not all held from start-up on.
     bool screens = true;
+    // The ground's darker passes kept to the rectangle the stencil shadows lie in.
+    bool shadowscissor = true;
 };
 extern sShortcuts shortcuts;
 

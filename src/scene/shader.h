@@ -24,6 +24,17 @@ void castShadow(float x1, float y1, float z1, float x2, float y2, float z2, floa
 void beginShadowBatch();
 void endShadowBatch();
 
+// Where the stencil shadows can be. The ground draws each of its layers
+// twice, darker where a shadow marked the stencil and as it is elsewhere,
+// and a software renderer shades every pixel a pass covers before it tests
+// the stencil. So GL's scissor rectangle is kept around the window pixels
+// that the shadows cast since the stencil was last cleared can have marked,
+// and the darker passes turn the scissor test on: no picture changes, as
+// nothing outside the rectangle is marked. Where a triangle reaches behind
+// the eye, or outside a batch, the rectangle is the whole window.
+// The stencil has just been cleared: nothing is marked yet.
+void stencilCleared();
+
 // One triangle projected onto y = groundy and drawn with the given texture
 // coordinates; the caller chooses texture, colour and blending.
 void castShadowMask(float x1, float y1, float z1, float s1, float t1, float x2, float y2, float z2, float s2,

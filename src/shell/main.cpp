@@ -16,6 +16,7 @@
 #include "scene/camera.h"
 #include "scene/lensflare.h"
 #include "scene/scene.h"
+#include "scene/shader.h"
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 #include "shell/joystick.h"
@@ -162,6 +163,7 @@ void drawGL() {
     splashSegmentsShown = -1;
     frameStep("clear");
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+    stencilCleared();
     resizeGLwindow3D();
     menu.display();
     // The brightness correction: an additive grey quad. At 0 it adds nothing

@@ -72,10 +72,13 @@ void vertex(const sTrackPoint& p, float y) {
 // Ground pieces are drawn twice, once where a shadow caster has marked the
 // stencil (at half brightness) and once everywhere else.
 // Only bit 1 is compared; ref 3 lets a marking pass write bit 2 as well.
+// The darker pass only shades inside the rectangle the shadows lie in.
 template <typename Draw>
 void shadowedPasses(float alpha, Draw draw, int ref = 1) {
     glStencilFunc(GL_EQUAL, ref, 1);
+    glEnable(GL_SCISSOR_TEST);
     draw(0.5f, alpha);
+    glDisable(GL_SCISSOR_TEST);
     glStencilFunc(GL_NOTEQUAL, ref, 1);
     draw(1.0f, alpha);
 }
@@ -488,7 +491,9 @@ void sTrack::buildGroundBase(bool mark) {
             else
                 glStencilFunc(GL_EQUAL, 1, 1);
             glColor3f(0.5f, 0.5f, 0.5f);
+            glEnable(GL_SCISSOR_TEST);
         } else {
+            glDisable(GL_SCISSOR_TEST);
             if (mark)
                 glStencilFunc(GL_EQUAL, 0, 3);
             else
