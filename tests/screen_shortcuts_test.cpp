@@ -39,6 +39,10 @@ namespace fs = std::filesystem;
 
 const long CLOCK0 = 1000000000L;
 
+// Karts off the grid (2.5 s) and racing.
+const int RACE_FRAMES = 150;
+const int MENU_FRAMES = 20;
+
 class FrameShortcuts : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -133,14 +137,20 @@ protected:
         EXPECT_GT(lit, fast.size() / 4);
     }
 
+    // The same in the driver's, trackside and high views (the chase view is the race's own).
+    void expectSamePictureInTheOtherViews(bool sShortcuts::*which) {
+        for (unsigned int mode : {CAMERA_DRIVER, CAMERA_TRACKSIDE, CAMERA_HIGH}) {
+            SCOPED_TRACE(mode);
+            view = mode;
+            expectSamePicture(which, RACE_FRAMES / 2);
+        }
+    }
+
     bvtest::ScratchDir dir;
     long step = 0;
     unsigned int view = CAMERA_CHASE;
 };
 
-// Karts off the grid (2.5 s) and racing.
-const int RACE_FRAMES = 150;
-const int MENU_FRAMES = 20;
 
 TEST_F(FrameShortcuts, BrightnessAtZeroIsLeftOutOfTheRace) {
     ASSERT_EQ(config.gammacorrection, 0u);
@@ -160,11 +170,7 @@ TEST_F(FrameShortcuts, TheSkyDrawnAroundTheGroundLooksAsTheSkyDrawnUnderIt) {
 
 TEST_F(FrameShortcuts, TheSkyDrawnAroundTheGroundLooksTheSameInEveryView) {
     startRace();
-    for (unsigned int mode : {CAMERA_DRIVER, CAMERA_TRACKSIDE, CAMERA_HIGH}) {
-        SCOPED_TRACE(mode);
-        view = mode;
-        expectSamePicture(&sShortcuts::sky, RACE_FRAMES / 2);
-    }
+    expectSamePictureInTheOtherViews(&sShortcuts::sky);
 }
 
 TEST_F(FrameShortcuts, TheRoadDrawnBeforeTheDirtLooksAsTheRoadDrawnOverIt) {
@@ -174,11 +180,7 @@ TEST_F(FrameShortcuts, TheRoadDrawnBeforeTheDirtLooksAsTheRoadDrawnOverIt) {
 
 TEST_F(FrameShortcuts, TheRoadDrawnBeforeTheDirtLooksTheSameInEveryView) {
     startRace();
-    for (unsigned int mode : {CAMERA_DRIVER, CAMERA_TRACKSIDE, CAMERA_HIGH}) {
-        SCOPED_TRACE(mode);
-        view = mode;
-        expectSamePicture(&sShortcuts::road, RACE_FRAMES / 2);
-    }
+    expectSamePictureInTheOtherViews(&sShortcuts::road);
 }
 
 TEST_F(FrameShortcuts, TheGroundsDarkerPassesKeptToTheShadowsLookAsDrawnOverTheWholeWindow) {
@@ -188,11 +190,7 @@ TEST_F(FrameShortcuts, TheGroundsDarkerPassesKeptToTheShadowsLookAsDrawnOverTheW
 
 TEST_F(FrameShortcuts, TheGroundsDarkerPassesKeptToTheShadowsLookTheSameInEveryView) {
     startRace();
-    for (unsigned int mode : {CAMERA_DRIVER, CAMERA_TRACKSIDE, CAMERA_HIGH}) {
-        SCOPED_TRACE(mode);
-        view = mode;
-        expectSamePicture(&sShortcuts::shadowscissor, RACE_FRAMES / 2);
-    }
+    expectSamePictureInTheOtherViews(&sShortcuts::shadowscissor);
 }
 
 TEST_F(FrameShortcuts, TheGroundsDarkerPassesKeptToTheShadowsLookTheSameInTheMenu) {
