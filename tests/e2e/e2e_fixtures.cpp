@@ -715,9 +715,15 @@ Picture Game::screenshot(double seconds) {
     std::string file = dir() + name;
     const size_t full = 18 + 1024 * 768 * 3;
     keyDown("F12");
-    bool written = waitFor([&] { return fs::exists(file) && fs::file_size(file) == full; }, seconds, 0.02);
+    bool written = waitFor(
+        [&] { return (fs::exists(file) && fs::file_size(file) == full) || process_->wait(0) >= 0; }, seconds, 0.02);
     keyUp("F12");
-    if (!written) return Picture();
+    written = written && fs::exists(file) && fs::file_size(file) == full;
+    if (!written) {
+        fprintf(stderr, "%s: no screenshot %s\n", process_->wait(0) >= 0 ? "the game has ended" : "the game is running",
+                file.c_str());
+        return Picture();
+    }
     // Holding F12 writes a picture every frame; let the last of them land.
     int before;
     do {

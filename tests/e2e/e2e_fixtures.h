@@ -156,8 +156,10 @@ public:
     Picture still(const Box& except = {0, 0, 0, 0});
     // Holds Escape until the race-setup screen is back.
     bool escape();
-    // Holds F12 until the game has written the next screenshot; empty if not.
-    Picture screenshot(double seconds = 60);
+    // Holds F12 until the game has written the next screenshot; empty if it
+    // does not (it may be at a slow frame of the sanitizer build on a busy
+    // machine, so the time is generous) or the game has ended.
+    Picture screenshot(double seconds = 120);
     int screenshotsTaken() const;
 
     // Seconds of sound the game has played so far (the capture's length).

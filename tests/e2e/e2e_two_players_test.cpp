@@ -16,7 +16,7 @@ TEST(E2eTwoPlayers, IJKLDriveTheSecondKartAndLeaveTheFirstOnTheGrid) {
     ASSERT_TRUE(game.atMenu()) << game.process().output();
     game.console("set nhumanplayers 2");
     ASSERT_TRUE(game.startRace());
-    ASSERT_TRUE(game.onTheGrid());
+    ASSERT_TRUE(game.onTheGrid()) << game.process().output();
 
     // Watch the second kart, as its player would: it stands on the grid too.
     game.console("set gokartfocus 1");

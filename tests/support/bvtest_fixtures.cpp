@@ -293,16 +293,17 @@ bool closeWindow(unsigned long id) {
 
 int GameProcess::wait(double seconds) {
     if (status_ >= 0) return status_;
+    // Looks at least once, so that wait(0) tells whether it has ended by now.
     auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
-    while (std::chrono::steady_clock::now() < end) {
+    for (;;) {
         int st;
         if (waitpid(pid_, &st, WNOHANG) == pid_) {
             status_ = WIFEXITED(st) ? WEXITSTATUS(st) : 128 + WTERMSIG(st);
             return status_;
         }
+        if (std::chrono::steady_clock::now() >= end) return -1;
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
-    return -1;
 }
 
 std::string GameProcess::output() const {
