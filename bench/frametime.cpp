@@ -736,9 +736,13 @@ void writeIntro(std::ostream& out, const Report& rep) {
     out << "# Performance\n\n";
     out << "Written by `make bench` from what it measured on " << rep.when << ": " << machine()
         << ", GL renderer " << rep.rendererName << ", 1024x768 window";
+    // The harness itself keeps two processors busy, so a load much above the
+    // processor count means other work ran alongside.
+    const bool loaded = rep.load > 1.5 * std::max(1L, sysconf(_SC_NPROCESSORS_ONLN));
     out << ". Load average at the end of the run: " << fmt("%.2f", rep.load)
-        << ". The machine is shared: other builds and tests ran alongside, so frame times are noisy; "
-           "medians and percentiles are over "
+        << (loaded ? ". Other work ran alongside, so frame times are noisy; "
+                   : ". Little else ran alongside (the harness itself counts towards the load); ")
+        << "medians and percentiles are over "
         << rep.frames << " frames after " << rep.warmup
         << " warm-up frames (in a race, at least until the karts are off the grid), each scenario in a "
            "fresh process of the harness (`bench/frametime.cpp`), which runs the game's own start-up and "
