@@ -120,9 +120,14 @@ protected:
     }
     // The picture with every shortcut, and without the one named.
     void expectSamePicture(bool sShortcuts::*which, int frames) {
+        sShortcuts plainWay;
+        plainWay.*which = false;
+        expectSamePicture(plainWay, frames);
+    }
+    void expectSamePicture(const sShortcuts& plainWay, int frames) {
         shortcuts = sShortcuts();
         std::vector<unsigned char> fast = run(frames);
-        shortcuts.*which = false;
+        shortcuts = plainWay;
         std::vector<unsigned char> plain = run(frames);
         shortcuts = sShortcuts();
         keep(fast, "fast");
@@ -264,6 +269,23 @@ TEST_F(FrameShortcuts, NoShadowsRectangleInTheMenu) {
     EXPECT_EQ(r[1], 0);
     EXPECT_EQ(r[2], (int)config.width);
     EXPECT_EQ(r[3], (int)config.height);
+}
+
+// Every shortcut that changes how a race or menu frame is drawn, all off at
+// once: together they draw what the game drew before any of them.
+sShortcuts everyFrameShortcutOff() {
+    sShortcuts plain;
+    plain.brightness = plain.sky = plain.previews = plain.road = plain.shadowscissor = false;
+    return plain;
+}
+
+TEST_F(FrameShortcuts, EveryShortcutTogetherLooksAsNoneInTheRace) {
+    startRace();
+    expectSamePicture(everyFrameShortcutOff(), RACE_FRAMES);
+}
+
+TEST_F(FrameShortcuts, EveryShortcutTogetherLooksAsNoneInTheMenu) {
+    expectSamePicture(everyFrameShortcutOff(), MENU_FRAMES);
 }
 
 TEST_F(FrameShortcuts, PreviewsCopiedInTheDriverLookAsPreviewsReadBackAndUploaded) {
