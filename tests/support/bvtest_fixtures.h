@@ -84,7 +84,8 @@ public:
     unsigned long window(double seconds = 20);
     // What a window manager does when the player clicks the close button.
     void closeWindow();
-    // Exit status, or -1 when it has not ended within the time (it is then killed).
+    // Exit status, or -1 when it has not ended within the time (it runs on;
+    // the destructor kills a game that is still running).
     int wait(double seconds = 20);
     std::string output() const;
     int pid() const { return pid_; }
