@@ -287,16 +287,7 @@ void floorFrame(int kind) {
     } else {
         resizeGLwindow2D(1, 1);
         glBindTexture(GL_TEXTURE_2D, menu.tgaMenu);
-        glBegin(GL_QUADS);
-        glTexCoord2f(0, 0);
-        glVertex2f(0, 0);
-        glTexCoord2f(1, 0);
-        glVertex2f(1, 0);
-        glTexCoord2f(1, 1);
-        glVertex2f(1, 1);
-        glTexCoord2f(0, 1);
-        glVertex2f(0, 1);
-        glEnd();
+        unitquad(0, 0, 1, 1);
     }
     glDisable(GL_TEXTURE_2D);
     glFlush();

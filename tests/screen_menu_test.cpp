@@ -123,16 +123,7 @@ TEST_F(ScreenMenu, TheOpponentCountIsTheKartsLessOne) {
         glColor3f(1, 1, 1);
         glEnable(GL_TEXTURE_2D);
         glBindTexture(GL_TEXTURE_2D, menu.tgaMenu);
-        glBegin(GL_QUADS);
-        glTexCoord2f(0, 0);
-        glVertex2f(0, 0);
-        glTexCoord2f(1, 0);
-        glVertex2f(1, 0);
-        glTexCoord2f(1, 1);
-        glVertex2f(1, 1);
-        glTexCoord2f(0, 1);
-        glVertex2f(0, 1);
-        glEnd();
+        unitquad(0, 0, 1, 1);
         glDisable(GL_TEXTURE_2D);
         fontTGA.out(0.75f, 0.595f, 1, 1, 1, FONT_ALIGN_CENTER, 0.025f, "%s", text);
         glFinish();

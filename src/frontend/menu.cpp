@@ -231,7 +231,7 @@ void sMenu::music() {
     bool playing = FSOUND_IsPlaying(splashmusic);
     bool pastopening = playing && FSOUND_GetCurrentPosition(splashmusic) > 2500;
     if (pastopening || !playing) splashopening = false;
-    bool splash = pastopening || (playing && splashopening);
+    bool splash = pastopening || splashopening;
     if (!splash && !FSOUND_IsPlaying(menumusic)) {
         FSOUND_StopSound(splashmusic);
         menumusic = play(intro, config.musicvolume);
