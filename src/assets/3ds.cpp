@@ -343,22 +343,25 @@ void CLoad3DS::ReadColorChunk(tMaterialInfo* pMaterial, tChunk* pChunk) {
     pChunk->bytesRead += m_TempChunk->bytesRead;
 }
 
-// A count from the file is believed only as far as its chunk really holds the records.
-static bool countFits(unsigned int count, unsigned int recordSize, unsigned int room) {
-    return (unsigned long)count * recordSize <= room;
+// A list's count from the file, believed only as far as its chunk really
+// holds that many records of recordSize; anything less fails the file.
+bool CLoad3DS::ReadCount(tChunk* pChunk, unsigned int recordSize, unsigned short& count) {
+    count = 0;
+    if (Remaining(pChunk) < 2) {
+        m_Failed = true;
+        return false;
+    }
+    pChunk->bytesRead += Read(&count, 2);
+    if (m_Failed || (unsigned long)count * recordSize > Remaining(pChunk)) {
+        m_Failed = true;
+        return false;
+    }
+    return true;
 }
 
 void CLoad3DS::ReadVertices(t3DObject* pObject, tChunk* pPreviousChunk) {
-    unsigned short count = 0;
-    if (Remaining(pPreviousChunk) < 2) {
-        m_Failed = true;
-        return;
-    }
-    pPreviousChunk->bytesRead += Read(&count, 2);
-    if (m_Failed || !countFits(count, sizeof(tVector3), Remaining(pPreviousChunk))) {
-        m_Failed = true;
-        return;
-    }
+    unsigned short count;
+    if (!ReadCount(pPreviousChunk, sizeof(tVector3), count)) return;
     delete[] pObject->pVerts;
     pObject->numOfVerts = count;
     pObject->pVerts = count ? new tVector3[count]() : nullptr;
@@ -366,16 +369,8 @@ void CLoad3DS::ReadVertices(t3DObject* pObject, tChunk* pPreviousChunk) {
 }
 
 void CLoad3DS::ReadVertexIndices(t3DObject* pObject, tChunk* pPreviousChunk) {
-    unsigned short count = 0;
-    if (Remaining(pPreviousChunk) < 2) {
-        m_Failed = true;
-        return;
-    }
-    pPreviousChunk->bytesRead += Read(&count, 2);
-    if (m_Failed || !countFits(count, sizeof(tIndices), Remaining(pPreviousChunk))) {
-        m_Failed = true;
-        return;
-    }
+    unsigned short count;
+    if (!ReadCount(pPreviousChunk, sizeof(tIndices), count)) return;
     std::vector<tIndices> indices(count);
     pPreviousChunk->bytesRead += Read(indices.data(), count * (unsigned int)sizeof(tIndices));
     if (m_Failed) return;
@@ -392,16 +387,8 @@ void CLoad3DS::ReadVertexIndices(t3DObject* pObject, tChunk* pPreviousChunk) {
 }
 
 void CLoad3DS::ReadUVCoordinates(t3DObject* pObject, tChunk* pPreviousChunk) {
-    unsigned short count = 0;
-    if (Remaining(pPreviousChunk) < 2) {
-        m_Failed = true;
-        return;
-    }
-    pPreviousChunk->bytesRead += Read(&count, 2);
-    if (m_Failed || !countFits(count, sizeof(tVector2), Remaining(pPreviousChunk))) {
-        m_Failed = true;
-        return;
-    }
+    unsigned short count;
+    if (!ReadCount(pPreviousChunk, sizeof(tVector2), count)) return;
     delete[] pObject->pTexVerts;
     pObject->numTexVertex = count;
     pObject->pTexVerts = count ? new tVector2[count] : nullptr;

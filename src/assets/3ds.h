@@ -127,6 +127,7 @@ public:
 private:
     unsigned int Read(void* pBuffer, unsigned int size);
     unsigned int Remaining(const tChunk* pChunk) const;
+    bool ReadCount(tChunk* pChunk, unsigned int recordSize, unsigned short& count);
     bool ReadHeader(tChunk* pChunk, const tChunk* pParent);
     void ReadInto(tChunk* pChunk, void* pBuffer, unsigned int size);
     void ReadName(tChunk* pChunk, char* pName);
