@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <sndfile.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -316,6 +317,40 @@ TEST_F(SoundMixTest, AOneShotGivesItsRoomBackWhenItEnds) {
     EXPECT_EQ(atFullScale(c), 0);
     EXPECT_LT(peak(c, 0.1, 0.4), 0.96);
     EXPECT_NEAR(peak(c, 0.9, 1.15), 0.9, 0.01);
+}
+
+// A program that ends with its sound still open, as the game does: the
+// device is closed on the way out, so OpenAL Soft has nothing to complain of
+// on the terminal, and the capture is a whole wave file whose sizes are true.
+TEST(SoundAtExit, AProgramEndingWithItsSoundOpenClosesItQuietly) {
+    ScratchDir scratch;
+    SoundCapture capture;
+    const std::string tone = scratch.path() + "/tone.wav", errors = scratch.path() + "/stderr.txt";
+    writeTone(tone, 440, 0.5);
+    fflush(nullptr);
+    pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        if (!freopen(errors.c_str(), "w", stderr)) _exit(3);
+        if (!FSOUND_Init(44100, 32, 0)) _exit(4);
+        FSOUND_PlaySound(FSOUND_FREE, FSOUND_Sample_Load(FSOUND_FREE, tone.c_str(), FSOUND_LOOP_NORMAL, 0));
+        usleep(300000);
+        exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status));
+    ASSERT_EQ(WEXITSTATUS(status), 0);
+    const std::string said = readFile(errors);
+    EXPECT_EQ(said.find("not closed"), std::string::npos) << said;
+    const std::string wav = readFile(capture.file());
+    ASSERT_GE(wav.size(), 44u);
+    const uint32_t riffsize = (uint8_t)wav[4] | (uint8_t)wav[5] << 8 | (uint8_t)wav[6] << 16 | (uint32_t)(uint8_t)wav[7] << 24;
+    EXPECT_EQ(riffsize, wav.size() - 8);
+    int channels = 0, rate = 0;
+    std::vector<float> frames = capture.read(&channels, &rate);
+    ASSERT_EQ(channels, 2);
+    EXPECT_GT(rms(frames, channels, 0, rate, 0.05, 0.25), 0.05);
 }
 
 TEST(SoundWithoutInit, EveryCallFailsQuietly) {

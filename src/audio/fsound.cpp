@@ -189,6 +189,12 @@ signed char FSOUND_Init(int mixrate, int maxchannels, unsigned int) {
         device = nullptr;
         return 0;
     }
+    // The game never closes the sound itself. A device still open when the
+    // program ends makes OpenAL Soft write "device not closed" on the
+    // player's terminal, and leaves a wave capture without its sizes; so the
+    // sound closes itself on the way out.
+    static bool closesatexit = false;
+    if (!closesatexit) closesatexit = atexit(FSOUND_Close) == 0;
     // Volume falls with nothing but FSOUND_SetVolume: no distance model.
     alDistanceModel(AL_NONE);
     master = scale = 1.0f;
