@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -345,7 +346,8 @@ TEST(SoundAtExit, AProgramEndingWithItsSoundOpenClosesItQuietly) {
     EXPECT_EQ(said.find("not closed"), std::string::npos) << said;
     const std::string wav = readFile(capture.file());
     ASSERT_GE(wav.size(), 44u);
-    const uint32_t riffsize = (uint8_t)wav[4] | (uint8_t)wav[5] << 8 | (uint8_t)wav[6] << 16 | (uint32_t)(uint8_t)wav[7] << 24;
+    uint32_t riffsize;  // little-endian, as the machine
+    memcpy(&riffsize, wav.data() + 4, sizeof riffsize);
     EXPECT_EQ(riffsize, wav.size() - 8);
     int channels = 0, rate = 0;
     std::vector<float> frames = capture.read(&channels, &rate);
