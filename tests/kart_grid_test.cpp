@@ -190,6 +190,37 @@ TEST_F(KartGrid, SoundChannelsStartSilentAndAreReused) {
     EXPECT_LT(bvtest::rms(frames, channels, 1, rate, 0.05, 0.6), 0.001);
 }
 
+// Every race starts with all sounds stopped and every kart record reset; the
+// records still hold the handles of the grid before, whose channels the
+// karts reset before them have just been given again. The game's start-up
+// tune holds the first channel when the first grid is laid, so each kart's
+// handles then sit one channel along from where the race gives them out.
+TEST_F(KartGrid, ARaceStartedAfterAllSoundsStoppedGivesEveryKartItsOwnLoops) {
+    for (const char* s : {"Collission", "Engine", "Tire"})
+        bvtest::writeTone(std::string("Data/Sounds/") + s + ".wav", 440, 0.2);
+    bvtest::writeTone("Data/Sounds/tune.wav", 330, 0.5);
+    bvtest::SoundCapture capture;
+    ASSERT_TRUE(FSOUND_Init(44100, 32, 0));
+    FSOUND_SAMPLE* tune = FSOUND_Sample_Load(FSOUND_FREE, "Data/Sounds/tune.wav", FSOUND_LOOP_NORMAL, 0);
+    ASSERT_GE(FSOUND_PlaySound(FSOUND_FREE, tune), 0);
+    loadTrack("oval", Circuit().file(100));
+    startRace();
+    for (int race = 0; race < 3; race++) {
+        FSOUND_StopSound(FSOUND_ALL);
+        for (unsigned char i = 0; i < GOKART_NKARTS; i++) gokart[i].init(i);
+        for (unsigned int i = 0; i < GOKART_NKARTS; i++) {
+            EXPECT_FALSE(FSOUND_IsPlaying(gokart[i].CHANNEL_collission)) << "race " << race << ", kart " << i;
+            EXPECT_TRUE(FSOUND_IsPlaying(gokart[i].CHANNEL_engine)) << "race " << race << ", kart " << i;
+            EXPECT_TRUE(FSOUND_IsPlaying(gokart[i].CHANNEL_tire)) << "race " << race << ", kart " << i;
+            for (unsigned int j = 0; j < i; j++) {
+                EXPECT_NE(gokart[i].CHANNEL_engine, gokart[j].CHANNEL_engine);
+                EXPECT_NE(gokart[i].CHANNEL_tire, gokart[j].CHANNEL_tire);
+            }
+        }
+    }
+    FSOUND_Close();
+}
+
 TEST_F(KartGrid, FreeDoesNothing) {
     loadTrack("oval", Circuit().file(100));
     startRace();

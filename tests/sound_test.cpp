@@ -221,6 +221,54 @@ TEST_F(SoundTest, BadHandlesAreHarmless) {
     finish();
 }
 
+// A handle names one playing of one sound: once its channel has been given
+// another sound, the old handle neither sees, stops, mutes nor pauses it.
+TEST_F(SoundTest, AnOldHandleNeverReachesTheChannelsNextSound) {
+    FSOUND_SAMPLE* s = FSOUND_Sample_Load(FSOUND_FREE, tone.c_str(), FSOUND_LOOP_NORMAL, 0);
+    ASSERT_NE(s, nullptr);
+    int first = FSOUND_PlaySound(FSOUND_FREE, s);
+    ASSERT_GE(first, 0);
+    ASSERT_TRUE(FSOUND_StopSound(first));
+    EXPECT_FALSE(FSOUND_IsPlaying(first));
+    // The first free channel is the one just stopped.
+    int second = FSOUND_PlaySound(FSOUND_FREE, s);
+    ASSERT_GE(second, 0);
+    EXPECT_NE(second, first);
+    EXPECT_TRUE(FSOUND_IsPlaying(second));
+    EXPECT_FALSE(FSOUND_IsPlaying(first));
+    EXPECT_EQ(FSOUND_GetCurrentPosition(first), 0u);
+    EXPECT_FALSE(FSOUND_StopSound(first));
+    EXPECT_FALSE(FSOUND_SetVolume(first, 0));
+    EXPECT_FALSE(FSOUND_SetPaused(first, 1));
+    EXPECT_FALSE(FSOUND_SetFrequency(first, 100));
+    EXPECT_FALSE(FSOUND_SetPan(first, 0));
+    // A handle nobody has set reaches nothing either.
+    EXPECT_FALSE(FSOUND_StopSound(-1));
+    EXPECT_FALSE(FSOUND_SetVolume(-1, 0));
+    play(0.6);
+    EXPECT_TRUE(FSOUND_IsPlaying(second));
+    EXPECT_GT(FSOUND_GetCurrentPosition(second), 0u);
+    Captured c = finish();
+    // Heard the whole time, centred and at full volume.
+    EXPECT_GT(c.level(0, 0.1, 0.5), 0.05);
+    EXPECT_GT(c.level(1, 0.1, 0.5), 0.05);
+}
+
+// A handle that still holds its sound can start another on its channel.
+TEST_F(SoundTest, APlayingHandleCanBeGivenANewSound) {
+    FSOUND_SAMPLE* s = FSOUND_Sample_Load(FSOUND_FREE, tone.c_str(), FSOUND_LOOP_NORMAL, 0);
+    int first = FSOUND_PlaySound(FSOUND_FREE, s);
+    ASSERT_GE(first, 0);
+    int second = FSOUND_PlaySound(first, s);
+    ASSERT_GE(second, 0);
+    EXPECT_NE(second, first);
+    EXPECT_EQ(second & 0xFFF, first & 0xFFF);  // the same channel
+    EXPECT_FALSE(FSOUND_IsPlaying(first));
+    EXPECT_TRUE(FSOUND_IsPlaying(second));
+    EXPECT_EQ(FSOUND_PlaySound(first, s), -1);  // the old handle is gone for good
+    finish();
+}
+
 // The mix's headroom, heard at the output's own sample type (float, where
 // nothing clamps the sum on the way), as a sound server gets it.
 class SoundMixTest : public ::testing::Test {

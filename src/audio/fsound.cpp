@@ -25,8 +25,18 @@ namespace {
 
 const int kMaxChannels = 256;
 
+// A handle names one playing of one sound, not just a channel: its lower bits
+// are the channel, its upper bits how many sounds that channel had been given
+// when this one started. A kart keeps its handles from race to race, the menu
+// its tunes' from visit to visit; by then the channel may play somebody else's
+// sound, which an old handle must not stop, mute or mistake for its own.
+const int kChannelBits = 12;
+const int kChannelMask = (1 << kChannelBits) - 1;
+const unsigned int kPlaysWrap = 1u << (31 - kChannelBits);  // keeps handles positive
+
 struct Channel {
     ALuint source;
+    unsigned int plays;  // how many sounds it has been given: the handle's upper part
     FSOUND_SAMPLE* sample;
     float gain;     // as FSOUND_SetVolume set it, 0..1
     float x;        // where place() put it: -1 hard left .. 1 hard right
@@ -65,20 +75,30 @@ float panLaw(float towards) {
     return kPanLaw[step];
 }
 
-bool valid(int channel) {
-    return context && channel >= 0 && channel < nchannels;
+int handle(int channel) {
+    return (int)(channels[channel].plays << kChannelBits) | channel;
 }
 
-// Runs op on one channel, or on every channel for FSOUND_ALL.
+// The channel a handle names while that channel still holds the handle's
+// sound; -1 for anything else.
+int resolve(int h) {
+    if (!context || h < 0) return -1;
+    int c = h & kChannelMask;
+    if (c >= nchannels || channels[c].plays == 0 || handle(c) != h) return -1;
+    return c;
+}
+
+// Runs op on the handle's channel, or on every channel for FSOUND_ALL.
 template <typename Op>
-signed char each(int channel, Op op) {
+signed char each(int h, Op op) {
     if (!context) return 0;
-    if (channel == FSOUND_ALL) {
+    if (h == FSOUND_ALL) {
         for (int i = 0; i < nchannels; i++) op(channels[i]);
         return 1;
     }
-    if (!valid(channel)) return 0;
-    op(channels[channel]);
+    int c = resolve(h);
+    if (c < 0) return 0;
+    op(channels[c]);
     return 1;
 }
 
@@ -205,7 +225,7 @@ signed char FSOUND_Init(int mixrate, int maxchannels, unsigned int) {
         alGenSources(1, &channels[i].source);
         if (alGetError() != AL_NO_ERROR) break;
         alSourcei(channels[i].source, AL_SOURCE_RELATIVE, AL_TRUE);
-        channels[i] = {channels[i].source, nullptr, 1.0f, 0.0f, false, false};
+        channels[i] = {channels[i].source, 0, nullptr, 1.0f, 0.0f, false, false};
         nchannels++;
     }
     return 1;
@@ -291,19 +311,24 @@ static bool known(FSOUND_SAMPLE* sample) {
     return false;
 }
 
+// A sound goes to the first free channel, to a channel named by its number,
+// or back onto the channel of a handle that still holds its sound.
 int FSOUND_PlaySound(int channel, FSOUND_SAMPLE* sample) {
     if (!context || !known(sample)) return -1;
     int c = -1;
     if (channel == FSOUND_FREE) {
         for (int i = 0; i < nchannels && c < 0; i++)
             if (!busy(channels[i])) c = i;
-    } else if (valid(channel)) {
+    } else if (channel >= 0 && channel < nchannels) {
         c = channel;
+    } else {
+        c = resolve(channel);
     }
     if (c < 0) return -1;
     Channel& ch = channels[c];
     alSourceStop(ch.source);
-    ch = {ch.source, sample, 1.0f, panX(128), true, true};
+    unsigned int plays = (ch.plays + 1) % kPlaysWrap;
+    ch = {ch.source, plays ? plays : 1, sample, 1.0f, panX(128), true, true};
     makeRoom();
     alSourcei(ch.source, AL_BUFFER, (ALint)sample->buffer);
     alSourcei(ch.source, AL_LOOPING, (sample->mode & FSOUND_LOOP_NORMAL) ? AL_TRUE : AL_FALSE);
@@ -313,7 +338,7 @@ int FSOUND_PlaySound(int channel, FSOUND_SAMPLE* sample) {
     alSourcePlay(ch.source);
     ch.starting = false;
     rise();
-    return c;
+    return handle(c);
 }
 
 signed char FSOUND_StopSound(int channel) {
@@ -322,16 +347,18 @@ signed char FSOUND_StopSound(int channel) {
 }
 
 signed char FSOUND_IsPlaying(int channel) {
-    if (!valid(channel)) return 0;
+    int c = resolve(channel);
+    if (c < 0) return 0;
     giveBack();
-    return busy(channels[channel]) ? 1 : 0;
+    return busy(channels[c]) ? 1 : 0;
 }
 
 unsigned int FSOUND_GetCurrentPosition(int channel) {
-    if (!valid(channel)) return 0;
+    int c = resolve(channel);
+    if (c < 0) return 0;
     giveBack();
     ALint offset = 0;
-    alGetSourcei(channels[channel].source, AL_SAMPLE_OFFSET, &offset);
+    alGetSourcei(channels[c].source, AL_SAMPLE_OFFSET, &offset);
     return (unsigned int)offset;
 }
 

@@ -5,6 +5,10 @@
 // through OpenAL Soft and decoded (WAV and MP3) by libsndfile. Every call made
 // before a successful FSOUND_Init, or with a bad channel or sample, does
 // nothing and reports failure.
+//
+// FSOUND_PlaySound returns a handle to that one playing of the sound; the
+// other channel calls take such a handle (or FSOUND_ALL). Once the channel has
+// been given another sound, the old handle reaches nothing.
 
 #define FSOUND_FREE (-1)
 #define FSOUND_UNMANAGED (-2)

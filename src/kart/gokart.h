@@ -90,8 +90,8 @@ struct sGokart {
     float opx, opz;                   // position before the last move
     float ocosay, osinay;             // cosine and sine of the heading before the last move
     float oaydiff;                    // the slide of the last move
-    // A kart that has never played a sound owns no channel yet; a zero here
-    // would claim channel 0, which belongs to whoever started first.
+    // Handles of this kart's three playing sounds; -1, which reaches no
+    // channel, until the kart has played any.
     int CHANNEL_collission = -1, CHANNEL_engine = -1, CHANNEL_tire = -1;
     time_t last_aimove;               // clock of the computer driver's last decision
     bool checkcol;                    // touching other karts is reacted to
