@@ -683,7 +683,10 @@ struct Report {
     std::string when, rendererName;
     double load = 0;
     int warmup = 0, frames = 0;
-    double startup = 0, peak = 0;
+    double startup = 0;
+    // The largest peak resident set of any scenario above floor3d's, and whose.
+    double peakAboveFloor = 0;
+    std::string peakScenario;
     const Result* floor3d = nullptr;
     const Result* floor2d = nullptr;
 };
@@ -704,7 +707,7 @@ std::string ratioText(double x) {
     return x < 0 ? std::string("-") : fmt("%.2fx", x);
 }
 
-// The floors, the median start-up and the largest peak memory.
+// The floors, the median start-up and the largest peak memory above the floor's.
 void summarise(Report& rep) {
     char when[64];
     time_t now = time(nullptr);
@@ -716,10 +719,20 @@ void summarise(Report& rep) {
     for (const Result& r : rep.results) {
         auto st = r.num.find("startup_s");
         if (st != r.num.end() && st->second > 0) startups.push_back(st->second);
-        rep.peak = std::max(rep.peak, r.num.at("peak_rss_mb"));
         if (r.scenario == "floor3d") rep.floor3d = &r;
         if (r.scenario == "floor2d") rep.floor2d = &r;
     }
+    // The game at rest already holds most of its memory in the GL driver, so
+    // what a scenario costs is what it holds beyond the floor of the same run.
+    rep.peakAboveFloor = -1;
+    if (rep.floor3d)
+        for (const Result& r : rep.results) {
+            double above = r.num.at("peak_rss_mb") - rep.floor3d->num.at("peak_rss_mb");
+            if (above > rep.peakAboveFloor) {
+                rep.peakAboveFloor = above;
+                rep.peakScenario = r.scenario;
+            }
+        }
     rep.startup = percentile(startups, 0.5);
 }
 
@@ -779,7 +792,10 @@ void writeBudgets(std::ostream& out, const Report& rep) {
             ratioText(ratio(rep, *worst)), ratio(rep, *worst) <= 2.0);
     row("start-up to the first menu frame (median over all runs)", "<= 1.0 s", fmt("%.3f s", rep.startup),
         rep.startup <= 1.0);
-    row("peak resident memory (largest of all scenarios)", "<= 150 MB", fmt("%.1f MB", rep.peak), rep.peak <= 150);
+    if (rep.floor3d)
+        row("peak resident memory above floor3d's (largest: " + rep.peakScenario + ")", "<= 20 MB",
+            fmt("%+.1f MB", rep.peakAboveFloor) + fmt(" (floor3d %.1f MB)", rep.floor3d->num.at("peak_rss_mb")),
+            rep.peakAboveFloor <= 20);
 }
 
 void writeFrameTable(std::ostream& out, const Report& rep) {
@@ -792,13 +808,16 @@ void writeFrameTable(std::ostream& out, const Report& rep) {
            "Ratio: the median frame over the median frame of the floor of the same run (floor3d for "
            "races and views, floor2d for the menu).\n\n";
     out << "| Scenario | Median (ms) | Ratio to floor | Median fps | 1% frame (ms) | 99% frame (ms) | CPU per frame (ms) | "
-           "Polygons | Peak RSS (MB) | of it files / own at the end (MB) | Kart from barrier (m) | Start-up (s) |\n"
-           "|---|---|---|---|---|---|---|---|---|---|---|---|\n";
+           "Polygons | Peak RSS (MB) | Above floor3d (MB) | of it files / own at the end (MB) | Kart from barrier (m) | Start-up (s) |\n"
+           "|---|---|---|---|---|---|---|---|---|---|---|---|---|\n";
     for (const Result& r : rep.results) {
         out << "| " << r.scenario << " | " << fmt("%.2f", r.num.at("median_ms")) << " | " << ratioText(ratio(rep, r))
             << " | " << fmt("%.1f", r.num.at("median_fps")) << " | " << fmt("%.2f", r.num.at("p1_ms")) << " | "
             << fmt("%.2f", r.num.at("p99_ms")) << " | " << fmt("%.2f", r.num.at("cpu_ms_per_frame")) << " | "
             << fmt("%.0f", r.num.at("polygons")) << " | " << fmt("%.1f", r.num.at("peak_rss_mb")) << " | "
+            << (rep.floor3d ? fmt("%+.1f", r.num.at("peak_rss_mb") - rep.floor3d->num.at("peak_rss_mb"))
+                            : std::string("-"))
+            << " | "
             << fmt("%.1f", r.num.at("rss_file_mb")) << " / " << fmt("%.1f", r.num.at("rss_anon_mb")) << " | "
             << (r.num.count("kart_from_barrier_m") && r.num.at("kart_from_barrier_m") >= 0
                     ? fmt("%.1f", r.num.at("kart_from_barrier_m"))
