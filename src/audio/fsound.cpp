@@ -80,9 +80,10 @@ int handle(int channel) {
 }
 
 // The channel a handle names while that channel still holds the handle's
-// sound; -1 for anything else.
+// sound, or the channel of that number whatever it plays now; -1 for anything else.
 int resolve(int h) {
     if (!context || h < 0) return -1;
+    if (h < nchannels) return h;
     int c = h & kChannelMask;
     if (c >= nchannels || channels[c].plays == 0 || handle(c) != h) return -1;
     return c;
@@ -311,16 +312,14 @@ static bool known(FSOUND_SAMPLE* sample) {
     return false;
 }
 
-// A sound goes to the first free channel, to a channel named by its number,
-// or back onto the channel of a handle that still holds its sound.
+// A sound goes to the first free channel, or to the channel a handle or a
+// number names.
 int FSOUND_PlaySound(int channel, FSOUND_SAMPLE* sample) {
     if (!context || !known(sample)) return -1;
     int c = -1;
     if (channel == FSOUND_FREE) {
         for (int i = 0; i < nchannels && c < 0; i++)
             if (!busy(channels[i])) c = i;
-    } else if (channel >= 0 && channel < nchannels) {
-        c = channel;
     } else {
         c = resolve(channel);
     }

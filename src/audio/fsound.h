@@ -7,8 +7,9 @@
 // nothing and reports failure.
 //
 // FSOUND_PlaySound returns a handle to that one playing of the sound; the
-// other channel calls take such a handle (or FSOUND_ALL). Once the channel has
-// been given another sound, the old handle reaches nothing.
+// other channel calls take such a handle, a channel's own number (0 up to the
+// channels opened) for whatever it plays now, or FSOUND_ALL. Once the channel
+// has been given another sound, the old handle reaches nothing.
 
 #define FSOUND_FREE (-1)
 #define FSOUND_UNMANAGED (-2)
