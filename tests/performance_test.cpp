@@ -144,4 +144,29 @@ TEST(Counter, BarLengthAndColoursFollowTheSmoothedRate) {
     }
 }
 
+// The console can set the ceiling to 0: the rate shown is held at 0, which
+// is its ceiling, and the bar is drawn full as at any rate at its ceiling,
+// not from a division by zero.
+TEST(Counter, ACeilingOfZeroShowsAFullBar) {
+    ScratchDir dir;
+    openWindow(400, 300);
+    fontFNT.init("Courier", 8);
+    config.maxfps = 0;
+    config.frameratecounter = 2;
+    performance.softfps = 60;
+    performance.fps = 60;
+    performance.savenext = false;
+    performance.refresh(performance.tick);
+    EXPECT_EQ(performance.softfps, 0.0f);
+    glClearColor(0, 0, 1, 1);
+    glClear(GL_COLOR_BUFFER_BIT);
+    performance.display();
+    Pixel left = readPixel(2, 20), right = readPixel(397, 20);
+    EXPECT_NEAR(left.r, 255, 3);
+    EXPECT_EQ(left.b, 0);
+    EXPECT_NEAR(right.r, 0, 3);  // (1 - q, q, 0) with q = 1 at the right end
+    EXPECT_NEAR(right.g, 255, 3);
+    EXPECT_EQ(right.b, 0);
+}
+
 }  // namespace

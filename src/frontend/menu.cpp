@@ -289,11 +289,11 @@ void sMenu::arrows() {
     play(Bdecinc, config.soundvolume);
     bool colorchange = false;
     if (pressed == &player1colorDecB) {
-        config.player1color = config.player1color == 0 ? ncolors - 1 : config.player1color - 1;
+        config.player1color = config.colour() == 0 ? ncolors - 1 : config.colour() - 1;
         delay = 0.25f;
         colorchange = true;
     } else if (pressed == &player1colorIncB) {
-        config.player1color = config.player1color >= ncolors - 1 ? 0 : config.player1color + 1;
+        config.player1color = config.colour() >= ncolors - 1 ? 0 : config.colour() + 1;
         delay = 0.25f;
         colorchange = true;
     } else if (pressed == &trackDecB || pressed == &trackIncB) {
@@ -314,16 +314,18 @@ void sMenu::arrows() {
         config.ngokarts = config.ngokarts >= CONFIG_MAXGOKARTS ? 1 : config.ngokarts + 1;
         delay = 0.5f;
     } else if (pressed == &difficultyDecB) {
-        config.aiskill = config.aiskill == 0 ? 2 : config.aiskill - 1;
+        const unsigned int skill = sConfig::skilllevel(config.aiskill);
+        config.aiskill = skill == 0 ? CONFIG_NSKILLS - 1 : skill - 1;
         config.checkvars();
         delay = 0.5f;
     } else {
-        config.aiskill = config.aiskill >= 2 ? 0 : config.aiskill + 1;
+        const unsigned int skill = sConfig::skilllevel(config.aiskill);
+        config.aiskill = skill >= CONFIG_NSKILLS - 1 ? 0 : skill + 1;
         config.checkvars();
         delay = 0.5f;
     }
     if (colorchange) {
-        const unsigned char* c = gokartstaticdata.palette[config.player1color % ncolors];
+        const unsigned char* c = gokartstaticdata.palette[config.colour()];
         gokart[0].R = c[0];
         gokart[0].G = c[1];
         gokart[0].B = c[2];
@@ -441,10 +443,11 @@ void sMenu::mainscreen() {
     fontTGA.out(0.6175f, 0.722f, 1, 1, 1, FONT_ALIGN_LEFT, 0.025f, cursor_delay > 0.5f ? "%s_" : "%s",
                 config.player1name);
 
-    fontTGA.out(0.77f, 0.659f, 1, 1, 1, FONT_ALIGN_CENTER, 0.025f, "%s", config.aiskillstring[config.aiskill % 3]);
+    fontTGA.out(0.77f, 0.659f, 1, 1, 1, FONT_ALIGN_CENTER, 0.025f, "%s",
+                config.aiskillstring[sConfig::skilllevel(config.aiskill)]);
     fontTGA.out(0.75f, 0.595f, 1, 1, 1, FONT_ALIGN_CENTER, 0.025f, "%d", (int)config.ngokarts - 1);
     fontTGA.out(0.5925f, 0.280292f, 1, 1, 1, FONT_ALIGN_CENTER, 0.02f, "%s",
-                gokartstaticdata.paletteName[config.player1color % GOKART_NCOLORS]);
+                gokartstaticdata.paletteName[config.colour()]);
     fontTGA.out(0.8175f, 0.280292f, 1, 1, 1, FONT_ALIGN_CENTER, 0.02f, "%s",
                 track.trackname[config.track % TRACK_MAXNAMES]);
     fontTGA.out(0.0975f, 0.84f, 1, 1, 1, FONT_ALIGN_CENTER, 0.01f, "v1.02b3");

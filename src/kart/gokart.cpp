@@ -99,6 +99,10 @@ unsigned int racingKarts() {
     return config.ngokarts < GOKART_NKARTS ? config.ngokarts : GOKART_NKARTS;
 }
 
+unsigned int followedKart() {
+    return config.gokartfocus < GOKART_NKARTS ? config.gokartfocus : 0;
+}
+
 // ---- What all karts share: models, textures, sounds, driving constants ----
 
 void sGokartStaticData::init() {
@@ -197,8 +201,7 @@ void sGokart::init(unsigned char id) {
     ID = id;
     aidriver = ID > config.nhumanplayers;
 
-    unsigned int colour = ID == 0 ? config.player1color : (unsigned int)(rand() % 24);
-    if (colour >= GOKART_NCOLORS) colour = 0;
+    unsigned int colour = ID == 0 ? config.colour() : (unsigned int)(rand() % GOKART_NCOLORS);
     R = s.palette[colour][0];
     G = s.palette[colour][1];
     B = s.palette[colour][2];
@@ -415,12 +418,20 @@ void groundpoint(float px, float pz, float cosa, float sina, float f, float r, f
 
 }  // namespace
 
+// The slots of each wheel's ring in use: the setting, kept to what the ring
+// holds. The console can set 0, which keeps no marks as 1 does (the one slot
+// is always the one being written, and that is never drawn).
+static unsigned int slideslots() {
+    const unsigned int n = config.nslides;
+    return n == 0 ? 1 : (n < GOKART_NSLIDES ? n : GOKART_NSLIDES);
+}
+
 // A new quad starts where the kart was before its last move; the next
 // emission, at least 1/64 second later, closes it where the kart is now.
 static void emitslides(sGokart& k, float ay0) {
     k.DELAYslide = 1.0f;
     const float alpha = k.slidediff / 500;
-    const unsigned int n = config.nslides;
+    const unsigned int n = slideslots();
     sSlide* rings[4] = {k.lfSlide, k.rfSlide, k.lrSlide, k.rrSlide};
     sStrip strip[4];
     strips(strip);
@@ -455,7 +466,7 @@ static void emitslides(sGokart& k, float ay0) {
 }
 
 void sGokart::drawslides() {
-    const unsigned int n = config.nslides;
+    const unsigned int n = slideslots();
     const sSlide* rings[4] = {lfSlide, rfSlide, lrSlide, rrSlide};
     glDisable(GL_DEPTH_TEST);
     glEnable(GL_TEXTURE_2D);
@@ -925,7 +936,7 @@ void sGokart::nodhead(float ups0) {
 void sGokart::think() {
     const sGokartStaticData& s = gokartstaticdata;
     const float fps = performance.fps;
-    const unsigned int level = skill < 3 ? skill : 2;
+    const unsigned int level = sConfig::skilllevel(skill);
 
     if ((unsigned int)(bvclock() - last_aimove) < config.aiawakeness[level]) return;
     last_aimove = bvclock();
@@ -996,17 +1007,11 @@ void sGokart::think() {
 
 // ---- Seeing and drawing a kart ----
 
-// The settings file and the console can set any level of detail; the range
-// tables hold three.
-static unsigned int lodlevel() {
-    return config.lod < 3 ? config.lod : 2;
-}
-
 void sGokart::isinview() {
     float x = px - sinf(ay / KART_DEG_PER_RAD) * gokartstaticdata.chasisfront / 2;
     float z = pz - cosf(ay / KART_DEG_PER_RAD) * gokartstaticdata.chasisfront / 2;
     inviewDist = camera.isinview(x, 0.2f, z);
-    inviewG = inviewDist > 0 && inviewDist < config.LOrange[lodlevel()];
+    inviewG = inviewDist > 0 && inviewDist < config.LOrange[config.lodlevel()];
 }
 
 // Poses one arm so that its hand holds the rim of the turned steering wheel:
@@ -1049,10 +1054,10 @@ struct sPartSet {
 
 sPartSet partset(float d) {
     sGokartStaticData& s = gokartstaticdata;
-    if (d < config.HIrange[lodlevel()])
+    if (d < config.HIrange[config.lodlevel()])
         return {&s.HIplastic3DS, &s.HIbody3DS, &s.HIchasis3DS, &s.HIfrontwheel3DS, &s.HIrearwheel3DS, &s.HIpedal3DS,
                 &s.HIfoot3DS,    &s.HIhead3DS, &s.HIarmu3DS,   &s.HIarmd3DS,       &s.HIsteeringwheel3DS};
-    if (d < config.MErange[lodlevel()])
+    if (d < config.MErange[config.lodlevel()])
         return {&s.MEplastic3DS, &s.MEbody3DS, &s.MEchasis3DS, &s.MEfrontwheel3DS, &s.MErearwheel3DS, &s.MEpedal3DS,
                 &s.MEfoot3DS,    &s.MEhead3DS, &s.MEarmu3DS,   &s.MEarmd3DS,       &s.MEsteeringwheel3DS};
     return {&s.LOplastic3DS, &s.LObody3DS, &s.LOchasis3DS, &s.LOfrontwheel3DS, &s.LOrearwheel3DS, &s.LOpedal3DS,
@@ -1271,7 +1276,7 @@ void sGokart::castshadow() {
     sGokartStaticData& s = gokartstaticdata;
     const float d = inviewDist;
     doshadowmap = false;
-    if (config.shadows >= 3 && d < config.HIrange[config.lod]) {
+    if (config.shadows >= 3 && d < config.HIrange[config.lodlevel()]) {
         // Unlike in drawing, the driver's own body goes too: he would see its
         // shadow round his feet.
         bool ownview = ID == config.gokartfocus && camera.mode == CAMERA_DRIVER;
@@ -1295,7 +1300,7 @@ void sGokart::castshadow() {
         castpart(*this, s.LOarmd3DS, larmdpx, larmdpy, larmdpz, larmday, larmdax, 0, SIDEWAYS);
         castpart(*this, s.LOarmu3DS, 0.175f, 0.5f, -0.35f, rarmuay, rarmuax, 0, SIDEWAYS);
         castpart(*this, s.LOarmd3DS, rarmdpx, rarmdpy, rarmdpz, rarmday, rarmdax, 0, SIDEWAYS);
-    } else if (config.shadows > 1 && d < config.MErange[config.lod]) {
+    } else if (config.shadows > 1 && d < config.MErange[config.lodlevel()]) {
         s.SLOgokart3DS.castshadow(0, LightPosition[0], LightPosition[1], LightPosition[2], px, s.wheelradius, pz, 0,
                                   ay + 180, 0, 3, 1, 3);
     } else {

@@ -153,5 +153,8 @@ extern sGokart gokart[GOKART_NKARTS];
 
 // The karts in this race: the setting, as far as gokart[] holds them.
 unsigned int racingKarts();
+// The kart the camera follows: the setting, or the first kart when gokart[]
+// has no such place.
+unsigned int followedKart();
 
 #endif

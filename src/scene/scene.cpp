@@ -111,7 +111,7 @@ void driveKarts(unsigned int n) {
 // The kart the camera follows.
 unsigned int aimCamera(const sCamera& target) {
     camera.setmode();
-    unsigned int focus = config.gokartfocus < GOKART_NKARTS ? config.gokartfocus : 0;
+    unsigned int focus = followedKart();
     camera.follow(target, gokart[focus]);
     return focus;
 }

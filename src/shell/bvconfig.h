@@ -10,6 +10,8 @@ const unsigned int CONFIG_MAXFNCS = 99;
 const unsigned int CONFIG_MAXGOKARTS = 6;
 const unsigned int CONFIG_MAXSLIDES = 998;
 const unsigned int CONFIG_NCOLORS = 24;
+const unsigned int CONFIG_NLODS = 3;     // entries of the range tables
+const unsigned int CONFIG_NSKILLS = 3;   // entries of the difficulty tables
 
 struct sConfig {
     char PATH[255];                      // prefix of every Data/ path; empty: the working directory
@@ -21,7 +23,7 @@ struct sConfig {
     unsigned int nFnc;
     void (*fncP[CONFIG_MAXFNCS])();
     char player1name[32];
-    char aiskillstring[3][16];           // the difficulties' names: easy, medium, hard
+    char aiskillstring[CONFIG_NSKILLS][16]; // the difficulties' names: easy, medium, hard
     unsigned long loaded;                // kilobytes loaded so far (the loading bar)
     unsigned long totalsize;             // kilobytes the last start loaded: a full loading bar
     unsigned int width;
@@ -49,9 +51,9 @@ struct sConfig {
     unsigned int gokartfocus;            // the kart the camera follows
     unsigned int hud;                    // head-up display on
     unsigned int aiskill;                // difficulty 0..2, index of the three tables below
-    unsigned int aiguts[3];              // computer drivers accelerate up to this percent of top speed
-    unsigned int aistupidity[3];         // percent of decisions in which the wheel stays put
-    unsigned int aiawakeness[3];         // least bvclock ticks (microseconds) between decisions
+    unsigned int aiguts[CONFIG_NSKILLS];       // computer drivers accelerate up to this percent of top speed
+    unsigned int aistupidity[CONFIG_NSKILLS];  // percent of decisions in which the wheel stays put
+    unsigned int aiawakeness[CONFIG_NSKILLS];  // least bvclock ticks (microseconds) between decisions
     unsigned int ngokarts;               // karts in the race, the player's included, 1..6
     unsigned int nhumanplayers;          // karts driven from the keyboard: 0, 1 or 2
     unsigned int player1color;           // index into the kart palette
@@ -63,9 +65,9 @@ struct sConfig {
     unsigned int CHEAT_0bighead;         // console cheat: big heads, narrower driver's view
     unsigned int CHEAT_0toviksface;      // console cheat: the drivers' heads wear the face texture
     unsigned int nScreenshots;           // number of the next screenshot file to try
-    float HIrange[3];                    // per detail level: nearer than this, the finest model
-    float MErange[3];                    // ... the middle model
-    float LOrange[3];                    // ... the coarsest; beyond it, nothing (the view distance)
+    float HIrange[CONFIG_NLODS];         // per detail level: nearer than this, the finest model
+    float MErange[CONFIG_NLODS];         // ... the middle model
+    float LOrange[CONFIG_NLODS];         // ... the coarsest; beyond it, nothing (the view distance)
 
     bool init(const char* path);
     void addvar(const char* name, unsigned int* field);
@@ -77,12 +79,31 @@ struct sConfig {
     void disploaded(const char* file);
     void save();
 
+    // The console stores whatever number it is given, and the settings file
+    // does the same for the detail level; the tables these index hold only so
+    // many entries. Within a table each answer is the value itself.
+    unsigned int lodlevel() const;                      // entry of HIrange, MErange, LOrange: past them, the last
+    static unsigned int skilllevel(unsigned int skill); // entry of the difficulty tables: past them, the last
+    unsigned int colour() const;                        // player1color's palette entry: past it, the first
+
 private:
     void defaults();
     void registerconsole();
     void applysetting(int line, int v);
     void readRaceSetup();
 };
+
+inline unsigned int sConfig::lodlevel() const {
+    return lod < CONFIG_NLODS ? lod : CONFIG_NLODS - 1;
+}
+
+inline unsigned int sConfig::skilllevel(unsigned int skill) {
+    return skill < CONFIG_NSKILLS ? skill : CONFIG_NSKILLS - 1;
+}
+
+inline unsigned int sConfig::colour() const {
+    return player1color < CONFIG_NCOLORS ? player1color : 0;
+}
 
 extern sConfig config;
 

@@ -62,7 +62,9 @@ void sPerformance::dropfps(unsigned int) {}
 void sPerformance::display() {
     if (config.frameratecounter > 1) {
         resizeGLwindow2D((float)config.width, (float)config.height);
-        float q = softfps / config.maxfps;
+        // A ceiling of 0 holds the rate shown at 0, which is the ceiling
+        // reached: the full bar, as any rate at its ceiling draws.
+        float q = config.maxfps ? softfps / config.maxfps : 1;
         glBegin(GL_QUADS);
         glColor3f(1, 0, 0);
         glVertex2f(0, 0);

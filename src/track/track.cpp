@@ -55,9 +55,8 @@ unsigned int previous(unsigned int i, unsigned int n) {
 }
 
 bool visible(float x, float y, float z) {
-    unsigned int lod = config.lod < 3 ? config.lod : 2;
     float d = camera.isinview(x, y, z);
-    return d > 0 && d < config.LOrange[lod];
+    return d > 0 && d < config.LOrange[config.lodlevel()];
 }
 
 // The point p moved outwards from the road by d (normals point at the road).
@@ -1052,7 +1051,7 @@ void sTrack::castshadow() {
             if (inviewRpoint[i]) barrier(Rpoint, RNpoint, i);
     }
 
-    const sGokart& K = gokart[config.gokartfocus < GOKART_NKARTS ? config.gokartfocus : 0];
+    const sGokart& K = gokart[followedKart()];
     for (unsigned int i = 0; i < ncentre; i++) {
         if (!inviewCpoint[i]) continue;
         const float cx = Cpoint[i].x, cz = Cpoint[i].z;
