@@ -449,7 +449,7 @@ Measured measureFrames(int frames, const std::function<void()>& pass) {
 double kartFromBarrier(const Scenario& sc) {
     double away = -1;
     if (!sc.race) return away;
-    const sGokart& k = gokart[config.gokartfocus < GOKART_NKARTS ? config.gokartfocus : 0];
+    const sGokart& k = gokart[followedKart()];
     for (unsigned int i = 0; i < track.nLRpoints && i < TRACK_MAXPOINTS; i++)
         for (const sTrackPoint& p : {track.Lpoint[i], track.Rpoint[i]}) {
             double d = std::hypot((double)p.x - k.px, (double)p.z - k.pz);
