@@ -122,7 +122,8 @@ TEST(E2eRaceSetup, SetUpByMouseRacedWithArrowsLeftWithEscapeRestartedAndKept) {
     idle += start + 0.2;
     double idleHz = heard.crossings(idle, idle + 0.5), fastHz = heard.crossings(fast - 1, fast);
     double straight = heardLoop(heard, fast - 1, fast, tyre), slide = heardLoop(heard, turn, slid, tyre);
-    printf("engine %.0f -> %.0f crossings/s; tyres %.2f straight, %.2f sliding\n", idleHz, fastHz, straight, slide);
+    printf("engine %.4f rms idling, %.0f -> %.0f crossings/s; tyres %.2f straight, %.2f sliding\n",
+           heard.rms(idle, idle + 0.5), idleHz, fastHz, straight, slide);
     EXPECT_GT(heard.rms(idle, idle + 0.5), 0.005) << "no engine on the grid";
     EXPECT_GT(fastHz, idleHz * 1.3) << "the engine does not rise with speed";
     EXPECT_TRUE(squealed) << "no tyre squeal in the slide";
