@@ -160,7 +160,7 @@ TEST_F(KartGrid, SoundChannelsStartSilentAndAreReused) {
     ASSERT_TRUE(FSOUND_Init(44100, 32, 0));
     loadTrack("oval", Circuit().file(100));
     startRace();
-    usleep(400000);
+    ASSERT_TRUE(capture.until(capture.seconds() + 0.4));
     int engines[GOKART_NKARTS], tyres[GOKART_NKARTS];
     for (unsigned int i = 0; i < GOKART_NKARTS; i++) {
         EXPECT_FALSE(FSOUND_IsPlaying(gokart[i].CHANNEL_collission)) << i;
@@ -179,7 +179,7 @@ TEST_F(KartGrid, SoundChannelsStartSilentAndAreReused) {
         EXPECT_EQ(gokart[i].CHANNEL_engine, engines[i]);
         EXPECT_EQ(gokart[i].CHANNEL_tire, tyres[i]);
     }
-    usleep(300000);
+    ASSERT_TRUE(capture.until(std::max(0.6, capture.seconds() + 0.3)));
     FSOUND_Close();
     std::vector<float> frames;
     int channels = 0, rate = 0;

@@ -160,7 +160,8 @@ TEST_F(KartStatic, EngineAndTyreLoopWhileTheCollisionPlaysOnce) {
     ASSERT_GE(collision, 0);
     ASSERT_GE(engine, 0);
     ASSERT_GE(tyre, 0);
-    usleep(600000);
+    // Four times the collision's length, in the mixer's own time.
+    ASSERT_TRUE(capture.until(0.6));
     EXPECT_FALSE(FSOUND_IsPlaying(collision));
     EXPECT_TRUE(FSOUND_IsPlaying(engine));
     EXPECT_TRUE(FSOUND_IsPlaying(tyre));

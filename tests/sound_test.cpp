@@ -36,8 +36,13 @@ protected:
         writeTone(tone, 440, 0.5);
         ASSERT_TRUE(FSOUND_Init(44100, 32, 0));
     }
-    // Lets the mixer run in real time for a while; the wave backend writes as it goes.
-    static void play(double seconds) { usleep((useconds_t)(seconds * 1e6)); }
+    // Lets the mixer run on for a while, counted in the capture's own time
+    // from the device's opening: whatever is changed next is heard from
+    // there on, however the machine's load holds the mixer back or hurries it.
+    void play(double seconds) {
+        heard += seconds;
+        if (!capture.until(heard)) ADD_FAILURE() << "the mixer stopped at " << capture.seconds() << " s";
+    }
     Captured finish() {
         FSOUND_Close();
         Captured c;
@@ -47,6 +52,7 @@ protected:
     ScratchDir scratch;
     SoundCapture capture;
     std::string tone;
+    double heard = 0;
 };
 
 TEST_F(SoundTest, OneShotPlaysAndEnds) {
@@ -281,7 +287,10 @@ protected:
         writeTone(tone, 440, 0.5);
         ASSERT_TRUE(FSOUND_Init(44100, 32, 0));
     }
-    static void play(double seconds) { usleep((useconds_t)(seconds * 1e6)); }
+    void play(double seconds) {
+        heard += seconds;
+        if (!capture.until(heard)) ADD_FAILURE() << "the mixer stopped at " << capture.seconds() << " s";
+    }
     Captured finish() {
         FSOUND_Close();
         Captured c;
@@ -305,6 +314,7 @@ protected:
     ScratchDir scratch;
     SoundCapture capture;
     std::string loud, tone;
+    double heard = 0;
 };
 
 TEST_F(SoundMixTest, SixLoudLoopsInStepNeverReachFullScale) {
@@ -383,7 +393,7 @@ TEST(SoundAtExit, AProgramEndingWithItsSoundOpenClosesItQuietly) {
         if (!freopen(errors.c_str(), "w", stderr)) _exit(3);
         if (!FSOUND_Init(44100, 32, 0)) _exit(4);
         FSOUND_PlaySound(FSOUND_FREE, FSOUND_Sample_Load(FSOUND_FREE, tone.c_str(), FSOUND_LOOP_NORMAL, 0));
-        usleep(300000);
+        if (!capture.until(0.3)) _exit(5);
         exit(0);
     }
     int status = 0;

@@ -259,7 +259,9 @@ bool race::redWritingSeen(double seconds) {
 }
 
 bool race::newRecord(const Picture& p) {
-    return red(p, {412, 345, 80, 55}) > 10 && red(p, {532, 345, 80, 55}) > 10;
+    // Wider than anything the countdown writes: "NEW RECORD!" runs from x 400
+    // to 639, "GO!" only from 475 to 572, and a reset brings "GO!" back.
+    return red(p, {392, 345, 48, 60}) > 10 && red(p, {584, 345, 60, 60}) > 10;
 }
 
 // ---- sound ----
@@ -666,10 +668,12 @@ void Game::console(const std::string& line) {
     rest(0.2);
 }
 
-bool Game::onTheGrid(Picture* shot) {
-    Picture p;
-    for (int tries = 0; tries < 20; tries++) {
-        p = screenshot();
+bool Game::onTheGrid(Picture* shot, double seconds) {
+    // However many pictures that takes: a slow machine draws the swing of
+    // the view in fewer, longer frames, a quick one in many short ones.
+    double end = now() + seconds;
+    for (int tries = 0; now() < end; tries++) {
+        Picture p = screenshot();
         if (p.empty()) return false;
         if (const char* keep = getenv("BV_E2E_PICTURES"))
             p.save(std::string(keep) + "/grid" + std::to_string(tries) + ".ppm");
@@ -682,9 +686,10 @@ bool Game::onTheGrid(Picture* shot) {
     return false;
 }
 
-Picture Game::still(const Box& except) {
+Picture Game::still(const Box& except, double seconds) {
+    double end = now() + seconds;
     Picture last = screenshot();
-    for (int i = 0; i < 15 && !last.empty(); i++) {
+    while (!last.empty() && now() < end) {
         rest(0.3);
         Picture now = screenshot();
         if (now.empty()) break;

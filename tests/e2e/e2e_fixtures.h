@@ -149,11 +149,12 @@ public:
     // F1, the line, Return, F1 again.
     void console(const std::string& line);
     // In a race: screenshots until the kart stands still on the grid under
-    // the finish gantry (the chase view swings about for its first frames).
-    bool onTheGrid(Picture* shot = nullptr);
+    // the finish gantry (the chase view swings about for its first frames);
+    // false if it does not within the time.
+    bool onTheGrid(Picture* shot = nullptr, double seconds = 120);
     // Screenshots until two in a row agree but for the box `except`: the view
-    // has come to rest. Empty if it does not.
-    Picture still(const Box& except = {0, 0, 0, 0});
+    // has come to rest. Empty if it does not within the time.
+    Picture still(const Box& except = {0, 0, 0, 0}, double seconds = 120);
     // Holds Escape until the race-setup screen is back.
     bool escape();
     // Holds F12 until the game has written the next screenshot; empty if it
@@ -202,8 +203,10 @@ bool shown(const Picture& p);
 
 // The race's places.
 namespace race {
-// Where "1", "2", "3" and "GO!" are written, red, above the kart.
-const Box kCountdown = {452, 340, 120, 52};
+// Where "1", "2", "3" and "GO!" are written, red, above the kart, with their
+// softened edges: "GO!" reaches from x 475 to 572 and y 357 to 399, and the
+// box leaves some eight pixels round that.
+const Box kCountdown = {440, 336, 144, 72};
 const Box kTopLine = {0, 0, 1024, 24};  // lap, time and record
 const Box kLowerMiddle = {307, 461, 410, 230};  // where the chase view keeps the kart
 const Box kCentre = {412, 334, 200, 100};  // "NEW RECORD!"
@@ -216,7 +219,8 @@ int kart(const Picture& p);
 int gantry(const Picture& p);
 // The red "1" of a fresh countdown (or any red writing in the middle).
 bool redWritingSeen(double seconds = 60);
-// "NEW RECORD!": red writing across the middle, left and right of the centre.
+// "NEW RECORD!": red writing across the middle, left and right of where the
+// countdown writes.
 bool newRecord(const Picture& p);
 }  // namespace race
 

@@ -140,6 +140,41 @@ std::vector<float> SoundCapture::read(int* channels, int* rate) const {
     return frames;
 }
 
+double SoundCapture::seconds() const {
+    std::ifstream in(wav_, std::ios::binary);
+    std::string head(4096, '\0');
+    in.read(&head[0], (std::streamsize)head.size());
+    head.resize((size_t)in.gcount());
+    auto le = [&](size_t at, int bytes) {
+        unsigned int v = 0;
+        for (int i = bytes - 1; i >= 0; i--) v = v << 8 | (unsigned char)head[at + i];
+        return v;
+    };
+    if (head.size() < 12 || head.compare(0, 4, "RIFF") != 0) return 0;
+    unsigned int bytesPerSecond = 0;
+    for (size_t at = 12; at + 8 <= head.size();) {
+        unsigned int size = le(at + 4, 4);
+        if (head.compare(at, 4, "fmt ") == 0 && at + 20 <= head.size()) bytesPerSecond = le(at + 16, 4);
+        if (head.compare(at, 4, "data") == 0) {
+            if (!bytesPerSecond) return 0;
+            std::error_code ec;
+            double bytes = (double)fs::file_size(wav_, ec) - (double)(at + 8);
+            return ec || bytes < 0 ? 0 : bytes / bytesPerSecond;
+        }
+        at += 8 + size + (size & 1);
+    }
+    return 0;
+}
+
+bool SoundCapture::until(double target, double limit) const {
+    auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(limit);
+    while (seconds() < target) {
+        if (std::chrono::steady_clock::now() >= end) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    return true;
+}
+
 void writeTGA(const std::string& path, unsigned int width, unsigned int height, unsigned int bpp,
               const std::vector<unsigned char>& pixels) {
     std::string data(12, '\0');

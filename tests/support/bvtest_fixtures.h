@@ -51,6 +51,12 @@ public:
     const std::string& file() const { return wav_; }
     // Interleaved stereo frames, -1..1.
     std::vector<float> read(int* channels = nullptr, int* rate = nullptr) const;
+    // Seconds of sound written so far: the mixer's own clock, which runs on
+    // however busy the machine is (0 before the device opens).
+    double seconds() const;
+    // Waits until the capture holds that many seconds of sound; false if the
+    // mixer does not get there within the limit (a hung mixer).
+    bool until(double seconds, double limit = 60) const;
 
 private:
     std::string dir_, wav_;
