@@ -41,9 +41,6 @@ struct sShortcuts {
     // The road drawn before the ground's dirt, marking the stencil, so that
     // the dirt under it is never shaded (with the sky shortcut only).
     bool road = true;
-    // The About, Credits and Records backdrops decoded when their screen opens
-    // and let go when it closes, not all held from start-up on.
-    bool screens = true;
     // The ground's darker passes kept to the rectangle the stencil shadows lie in.
     bool shadowscissor = true;
 };
