@@ -42,6 +42,10 @@ const long CLOCK0 = 1000000000L;
 // Karts off the grid (2.5 s) and racing.
 const int RACE_FRAMES = 150;
 const int MENU_FRAMES = 20;
+// The race under other settings: two thirds of a second on the grid.
+const int CONDITION_FRAMES = 40;
+// With the shadow projectors every shadow triangle is drawn on its own, with its lines.
+const int PROJECTOR_FRAMES = 4;
 
 class FrameShortcuts : public ::testing::Test {
 protected:
@@ -50,8 +54,12 @@ protected:
         setenv("ALSOFT_DRIVERS", "null", 0);
         fs::path game = fs::path(BV_GAME_DIR) / "Data";
         fs::create_directories("Data");
-        for (const char* d : {"Ads", "Fonts", "GUI", "Models", "Sounds", "Textures", "Tracks"})
+        for (const char* d : {"Ads", "Fonts", "GUI", "Models", "Sounds", "Textures"})
             fs::create_directory_symlink(game / d, fs::path("Data") / d);
+        if (withTracks)
+            fs::create_directory_symlink(game / "Tracks", "Data/Tracks");
+        else
+            fs::create_directories("Data/Tracks");
         for (const char* d : {"Ghosts", "Highscore", "Screenshots"}) fs::create_directories(fs::path("Data") / d);
         fs::copy_file(game / "config.bvd", "Data/config.bvd");
         startup();
@@ -59,6 +67,8 @@ protected:
     // What the game's shutdown gives back, without its saving and exit.
     void TearDown() override {
         bvclock_override = -1;
+        solid();
+        shortcuts = sShortcuts();
         killScene();
         lensflare.free();
         menu.free();
@@ -132,6 +142,9 @@ protected:
         shortcuts = sShortcuts();
         keep(fast, "fast");
         keep(plain, "plain");
+        expectSame(fast, plain);
+    }
+    void expectSame(const std::vector<unsigned char>& fast, const std::vector<unsigned char>& plain) {
         ASSERT_EQ(fast.size(), plain.size());
         size_t differ = 0;
         for (size_t i = 0; i < fast.size(); i++) differ += fast[i] != plain[i];
@@ -139,7 +152,15 @@ protected:
         // A picture, not an empty window: both ways drew something.
         size_t lit = 0;
         for (unsigned char c : fast) lit += c > 16;
-        EXPECT_GT(lit, fast.size() / 4);
+        EXPECT_GT(lit, fast.size() / litShare);
+    }
+
+    // Every shortcut that changes how a race or menu frame is drawn, all off
+    // at once: together they draw what the game drew before any of them.
+    static sShortcuts everyFrameShortcutOff() {
+        sShortcuts plain;
+        plain.brightness = plain.sky = plain.previews = plain.road = plain.shadowscissor = false;
+        return plain;
     }
 
     // The same in the driver's, trackside and high views (the chase view is the race's own).
@@ -154,8 +175,34 @@ protected:
     bvtest::ScratchDir dir;
     long step = 0;
     unsigned int view = CAMERA_CHASE;
+    bool withTracks = true;
+    // At least this part of the window's channels is lit in a picture: less
+    // in wireframe, and without a track, whose sky is fogged to black.
+    size_t litShare = 4;
 };
 
+// The same game with an empty Data/Tracks: no track is loaded, and a race is
+// the karts under the sky with no ground.
+class FrameShortcutsWithoutATrack : public FrameShortcuts {
+protected:
+    FrameShortcutsWithoutATrack() {
+        withTracks = false;
+        litShare = 200;
+    }
+    void startRace() {
+        ASSERT_EQ(track.ntracks, 0u);
+        ASSERT_EQ(track.LIST_ground, 0u) << "no ground without a track";
+        config.ngokarts = 6;
+        config.nhumanplayers = 0;
+        config.shadows = 3;
+        config.trackshadows = 1;
+        config.lensflare = 1;
+        config.skidmarks = 1;
+        config.fog = 1;
+        config.lod = 2;
+        menu.m = MENU_RACING;
+    }
+};
 
 TEST_F(FrameShortcuts, BrightnessAtZeroIsLeftOutOfTheRace) {
     ASSERT_EQ(config.gammacorrection, 0u);
@@ -271,14 +318,6 @@ TEST_F(FrameShortcuts, NoShadowsRectangleInTheMenu) {
     EXPECT_EQ(r[3], (int)config.height);
 }
 
-// Every shortcut that changes how a race or menu frame is drawn, all off at
-// once: together they draw what the game drew before any of them.
-sShortcuts everyFrameShortcutOff() {
-    sShortcuts plain;
-    plain.brightness = plain.sky = plain.previews = plain.road = plain.shadowscissor = false;
-    return plain;
-}
-
 TEST_F(FrameShortcuts, EveryShortcutTogetherLooksAsNoneInTheRace) {
     startRace();
     expectSamePicture(everyFrameShortcutOff(), RACE_FRAMES);
@@ -333,6 +372,30 @@ TEST_F(FrameShortcuts, TheScreensBackdropsAreLoadedAtStartUpAndOpeningThemLoadsN
         EXPECT_TRUE(glIsTexture(after[i]));
     }
     EXPECT_EQ(bvtest::readFile("Data/blackbox.bvd"), log) << "nothing loaded as the screens opened";
+}
+
+// Without a track there is no ground to draw the sky around: the sky is
+// drawn all the same, as it is without the shortcut.
+TEST_F(FrameShortcutsWithoutATrack, TheSkyIsDrawnWithoutAGround) {
+    startRace();
+    expectSamePicture(&sShortcuts::sky, CONDITION_FRAMES);
+}
+
+// The lines from the light past each shadow are drawn before the ground: the
+// ground covers those below the horizon, and those above stay over the sky.
+TEST_F(FrameShortcuts, TheShadowProjectorsAboveTheHorizonStayOverTheSky) {
+    startRace();
+    config.shadowprojectors = 1;
+    expectSamePicture(&sShortcuts::sky, PROJECTOR_FRAMES);
+}
+
+// In wireframe a pixel where several of the dirt's lines meet shows the last
+// one drawn over it.
+TEST_F(FrameShortcuts, TheGroundInWireframeLooksAsWithoutTheSkyShortcut) {
+    startRace();
+    wireframe();
+    litShare = 200;
+    expectSamePicture(&sShortcuts::sky, CONDITION_FRAMES);
 }
 
 // The start-up in a child process (a process starts up once), with or

@@ -32,7 +32,8 @@ extern s3DS sky3DS;
 struct sShortcuts {
     // The brightness overlay only when it adds something.
     bool brightness = true;
-    // The sky only where the ground's dirt has not covered it, drawn right after it.
+    // The sky only where the ground's dirt has not covered it, drawn right after it
+    // (when there is a ground, the shadow projectors are off and polygons are filled).
     bool sky = true;
     // The menu's previews copied to their textures inside the driver, not read back and uploaded.
     bool previews = true;
