@@ -155,6 +155,34 @@ protected:
         EXPECT_GT(lit, fast.size() / litShare);
     }
 
+    // Each shortcut that changes how a frame is drawn off in turn, and all of
+    // them off at once, against the picture with every one of them on.
+    void expectSamePictureWithoutEachShortcut(int frames) {
+        struct Way {
+            const char* name;
+            bool sShortcuts::*which;
+        };
+        const Way ways[] = {{"brightness", &sShortcuts::brightness}, {"sky", &sShortcuts::sky},
+                            {"road", &sShortcuts::road},             {"shadowscissor", &sShortcuts::shadowscissor},
+                            {"previews", &sShortcuts::previews},     {"all", nullptr}};
+        shortcuts = sShortcuts();
+        std::vector<unsigned char> fast = run(frames);
+        keep(fast, "fast");
+        for (const Way& way : ways) {
+            SCOPED_TRACE(way.name);
+            sShortcuts plainWay;
+            if (way.which)
+                plainWay.*way.which = false;
+            else
+                plainWay = everyFrameShortcutOff();
+            shortcuts = plainWay;
+            std::vector<unsigned char> plain = run(frames);
+            shortcuts = sShortcuts();
+            keep(plain, std::string("plain-") + way.name);
+            expectSame(fast, plain);
+        }
+    }
+
     // Every shortcut that changes how a race or menu frame is drawn, all off
     // at once: together they draw what the game drew before any of them.
     static sShortcuts everyFrameShortcutOff() {
@@ -381,12 +409,27 @@ TEST_F(FrameShortcutsWithoutATrack, TheSkyIsDrawnWithoutAGround) {
     expectSamePicture(&sShortcuts::sky, CONDITION_FRAMES);
 }
 
+TEST_F(FrameShortcutsWithoutATrack, EachShortcutLooksAsTheRaceWithoutIt) {
+    startRace();
+    expectSamePictureWithoutEachShortcut(CONDITION_FRAMES);
+}
+
+TEST_F(FrameShortcutsWithoutATrack, EachShortcutLooksAsTheMenuWithoutIt) {
+    expectSamePictureWithoutEachShortcut(MENU_FRAMES);
+}
+
 // The lines from the light past each shadow are drawn before the ground: the
 // ground covers those below the horizon, and those above stay over the sky.
 TEST_F(FrameShortcuts, TheShadowProjectorsAboveTheHorizonStayOverTheSky) {
     startRace();
     config.shadowprojectors = 1;
     expectSamePicture(&sShortcuts::sky, PROJECTOR_FRAMES);
+}
+
+TEST_F(FrameShortcuts, EachShortcutLooksAsTheRaceWithoutItWithShadowProjectors) {
+    startRace();
+    config.shadowprojectors = 1;
+    expectSamePictureWithoutEachShortcut(PROJECTOR_FRAMES);
 }
 
 // In wireframe a pixel where several of the dirt's lines meet shows the last
@@ -396,6 +439,52 @@ TEST_F(FrameShortcuts, TheGroundInWireframeLooksAsWithoutTheSkyShortcut) {
     wireframe();
     litShare = 200;
     expectSamePicture(&sShortcuts::sky, CONDITION_FRAMES);
+}
+
+TEST_F(FrameShortcuts, EachShortcutLooksAsTheRaceWithoutItInWireframe) {
+    startRace();
+    wireframe();
+    litShare = 200;
+    expectSamePictureWithoutEachShortcut(CONDITION_FRAMES);
+}
+
+TEST_F(FrameShortcuts, EachShortcutLooksAsTheMenuWithoutItInWireframe) {
+    wireframe();
+    litShare = 200;
+    expectSamePictureWithoutEachShortcut(MENU_FRAMES);
+}
+
+TEST_F(FrameShortcuts, EachShortcutLooksAsTheRaceWithoutItWithFogOff) {
+    startRace();
+    config.fog = 0;
+    expectSamePictureWithoutEachShortcut(CONDITION_FRAMES);
+}
+
+TEST_F(FrameShortcuts, EachShortcutLooksAsTheMenuWithoutItWithFogOff) {
+    config.fog = 0;
+    expectSamePictureWithoutEachShortcut(MENU_FRAMES);
+}
+
+TEST_F(FrameShortcuts, EachShortcutLooksAsTheRaceWithoutItWithTheBrightnessUp) {
+    startRace();
+    config.gammacorrection = 30;
+    expectSamePictureWithoutEachShortcut(CONDITION_FRAMES);
+}
+
+TEST_F(FrameShortcuts, EachShortcutLooksAsTheMenuWithoutItWithTheBrightnessUp) {
+    config.gammacorrection = 30;
+    expectSamePictureWithoutEachShortcut(MENU_FRAMES);
+}
+
+TEST_F(FrameShortcuts, EachShortcutLooksAsTheRaceWithoutItAtTheLowestDetail) {
+    startRace();
+    config.lod = 0;
+    expectSamePictureWithoutEachShortcut(CONDITION_FRAMES);
+}
+
+TEST_F(FrameShortcuts, EachShortcutLooksAsTheMenuWithoutItAtTheLowestDetail) {
+    config.lod = 0;
+    expectSamePictureWithoutEachShortcut(MENU_FRAMES);
 }
 
 // The start-up in a child process (a process starts up once), with or
