@@ -951,7 +951,6 @@ bool turnOff(const std::string& names) {
         else if (name == "previews") shortcuts.previews = false;
         else if (name == "splash") shortcuts.splash = false;
         else if (name == "road") shortcuts.road = false;
-        else if (name == "screens") shortcuts.screens = false;
         else if (name == "shadowscissor") shortcuts.shadowscissor = false;
         else return false;
     }

@@ -100,12 +100,27 @@ TEST_F(GameMissing, WithoutPicturesEveryMissingPictureIsReportedAndTheGameCloses
     fs::remove_all("Data/Ads");
     fs::remove_all("Data/Fonts");
     std::string log = startAndClose();
-    for (const char* picture : {"Data/GUI/t.tga", "Data/GUI/0.tga", "Data/GUI/1.tga", "Data/Textures/Tdirt1.tga",
-                                "Data/Textures/Tfence.tga", "Data/Textures/Finish.tga", "Data/Fonts/Arial.tga"}) {
+    for (const char* picture : {"Data/GUI/t.tga", "Data/GUI/0.tga", "Data/GUI/1.tga", "Data/GUI/main.tga",
+                                "Data/GUI/about.tga", "Data/GUI/credits.tga", "Data/GUI/records.tga",
+                                "Data/Textures/Tdirt1.tga", "Data/Textures/Tfence.tga", "Data/Textures/Finish.tga",
+                                "Data/Fonts/Arial.tga"}) {
         EXPECT_NE(log.find(std::string("Loading texture f : ") + picture + " [  ]\n"), std::string::npos)
             << picture << "\n" << log;
         EXPECT_NE(output.find(std::string("NOT FOUND: ") + picture + "\n"), std::string::npos) << picture;
     }
+    EXPECT_EQ(verdict(log), " something went wrong! :(");
+}
+
+// The backdrops of the About, Credits and Records screens load with
+// everything else: a missing one is reported at the start, and turns the
+// verdict, whether or not its screen is ever opened.
+TEST_F(GameMissing, AMissingScreenBackdropIsReportedAtTheStart) {
+    fs::remove("Data/GUI/credits.tga");
+    std::string log = startAndClose();
+    EXPECT_NE(log.find("Loading texture f : Data/GUI/credits.tga [  ]\n"), std::string::npos) << log;
+    EXPECT_NE(output.find("NOT FOUND: Data/GUI/credits.tga\n"), std::string::npos) << output;
+    EXPECT_NE(log.find("Loading texture f : Data/GUI/about.tga [OK]\n"), std::string::npos) << log;
+    EXPECT_NE(log.find("Loading texture f : Data/GUI/records.tga [OK]\n"), std::string::npos) << log;
     EXPECT_EQ(verdict(log), " something went wrong! :(");
 }
 

@@ -42,6 +42,10 @@ const long CLOCK0 = 1000000000L;
 // Karts off the grid (2.5 s) and racing.
 const int RACE_FRAMES = 150;
 const int MENU_FRAMES = 20;
+// The race under other settings: two thirds of a second on the grid.
+const int CONDITION_FRAMES = 40;
+// With the shadow projectors every shadow triangle is drawn on its own, with its lines.
+const int PROJECTOR_FRAMES = 4;
 
 class FrameShortcuts : public ::testing::Test {
 protected:
@@ -50,8 +54,12 @@ protected:
         setenv("ALSOFT_DRIVERS", "null", 0);
         fs::path game = fs::path(BV_GAME_DIR) / "Data";
         fs::create_directories("Data");
-        for (const char* d : {"Ads", "Fonts", "GUI", "Models", "Sounds", "Textures", "Tracks"})
+        for (const char* d : {"Ads", "Fonts", "GUI", "Models", "Sounds", "Textures"})
             fs::create_directory_symlink(game / d, fs::path("Data") / d);
+        if (withTracks)
+            fs::create_directory_symlink(game / "Tracks", "Data/Tracks");
+        else
+            fs::create_directories("Data/Tracks");
         for (const char* d : {"Ghosts", "Highscore", "Screenshots"}) fs::create_directories(fs::path("Data") / d);
         fs::copy_file(game / "config.bvd", "Data/config.bvd");
         startup();
@@ -59,6 +67,8 @@ protected:
     // What the game's shutdown gives back, without its saving and exit.
     void TearDown() override {
         bvclock_override = -1;
+        solid();
+        shortcuts = sShortcuts();
         killScene();
         lensflare.free();
         menu.free();
@@ -132,6 +142,9 @@ protected:
         shortcuts = sShortcuts();
         keep(fast, "fast");
         keep(plain, "plain");
+        expectSame(fast, plain);
+    }
+    void expectSame(const std::vector<unsigned char>& fast, const std::vector<unsigned char>& plain) {
         ASSERT_EQ(fast.size(), plain.size());
         size_t differ = 0;
         for (size_t i = 0; i < fast.size(); i++) differ += fast[i] != plain[i];
@@ -139,7 +152,43 @@ protected:
         // A picture, not an empty window: both ways drew something.
         size_t lit = 0;
         for (unsigned char c : fast) lit += c > 16;
-        EXPECT_GT(lit, fast.size() / 4);
+        EXPECT_GT(lit, fast.size() / litShare);
+    }
+
+    // Each shortcut that changes how a frame is drawn off in turn, and all of
+    // them off at once, against the picture with every one of them on.
+    void expectSamePictureWithoutEachShortcut(int frames) {
+        struct Way {
+            const char* name;
+            bool sShortcuts::*which;
+        };
+        const Way ways[] = {{"brightness", &sShortcuts::brightness}, {"sky", &sShortcuts::sky},
+                            {"road", &sShortcuts::road},             {"shadowscissor", &sShortcuts::shadowscissor},
+                            {"previews", &sShortcuts::previews},     {"all", nullptr}};
+        shortcuts = sShortcuts();
+        std::vector<unsigned char> fast = run(frames);
+        keep(fast, "fast");
+        for (const Way& way : ways) {
+            SCOPED_TRACE(way.name);
+            sShortcuts plainWay;
+            if (way.which)
+                plainWay.*way.which = false;
+            else
+                plainWay = everyFrameShortcutOff();
+            shortcuts = plainWay;
+            std::vector<unsigned char> plain = run(frames);
+            shortcuts = sShortcuts();
+            keep(plain, std::string("plain-") + way.name);
+            expectSame(fast, plain);
+        }
+    }
+
+    // Every shortcut that changes how a race or menu frame is drawn, all off
+    // at once: together they draw what the game drew before any of them.
+    static sShortcuts everyFrameShortcutOff() {
+        sShortcuts plain;
+        plain.brightness = plain.sky = plain.previews = plain.road = plain.shadowscissor = false;
+        return plain;
     }
 
     // The same in the driver's, trackside and high views (the chase view is the race's own).
@@ -154,8 +203,34 @@ protected:
     bvtest::ScratchDir dir;
     long step = 0;
     unsigned int view = CAMERA_CHASE;
+    bool withTracks = true;
+    // At least this part of the window's channels is lit in a picture: less
+    // in wireframe, and without a track, whose sky is fogged to black.
+    size_t litShare = 4;
 };
 
+// The same game with an empty Data/Tracks: no track is loaded, and a race is
+// the karts under the sky with no ground.
+class FrameShortcutsWithoutATrack : public FrameShortcuts {
+protected:
+    FrameShortcutsWithoutATrack() {
+        withTracks = false;
+        litShare = 200;
+    }
+    void startRace() {
+        ASSERT_EQ(track.ntracks, 0u);
+        ASSERT_EQ(track.LIST_ground, 0u) << "no ground without a track";
+        config.ngokarts = 6;
+        config.nhumanplayers = 0;
+        config.shadows = 3;
+        config.trackshadows = 1;
+        config.lensflare = 1;
+        config.skidmarks = 1;
+        config.fog = 1;
+        config.lod = 2;
+        menu.m = MENU_RACING;
+    }
+};
 
 TEST_F(FrameShortcuts, BrightnessAtZeroIsLeftOutOfTheRace) {
     ASSERT_EQ(config.gammacorrection, 0u);
@@ -271,14 +346,6 @@ TEST_F(FrameShortcuts, NoShadowsRectangleInTheMenu) {
     EXPECT_EQ(r[3], (int)config.height);
 }
 
-// Every shortcut that changes how a race or menu frame is drawn, all off at
-// once: together they draw what the game drew before any of them.
-sShortcuts everyFrameShortcutOff() {
-    sShortcuts plain;
-    plain.brightness = plain.sky = plain.previews = plain.road = plain.shadowscissor = false;
-    return plain;
-}
-
 TEST_F(FrameShortcuts, EveryShortcutTogetherLooksAsNoneInTheRace) {
     startRace();
     expectSamePicture(everyFrameShortcutOff(), RACE_FRAMES);
@@ -292,57 +359,132 @@ TEST_F(FrameShortcuts, PreviewsCopiedInTheDriverLookAsPreviewsReadBackAndUploade
     expectSamePicture(&sShortcuts::previews, MENU_FRAMES);
 }
 
-// The About, Credits and Records screens, their backdrops loaded as each
-// opens, look as they did with all three held from start-up on; the
-// backdrop of a screen left behind is let go.
-TEST_F(FrameShortcuts, BackdropsLoadedAsTheirScreenOpensLookAsBackdropsHeldFromStartUp) {
+// The About, Credits and Records backdrops are loaded with everything else
+// at start-up, each with its line in the log, right after the main menu's;
+// opening their screens loads nothing more, and each shows what was loaded.
+TEST_F(FrameShortcuts, TheScreensBackdropsAreLoadedAtStartUpAndOpeningThemLoadsNothing) {
+    const std::string log = bvtest::readFile("Data/blackbox.bvd");
+    size_t at = log.find("Loading texture f : Data/GUI/main.tga [OK]\n");
+    ASSERT_NE(at, std::string::npos) << log;
+    for (const char* name : {"about", "credits", "records"}) {
+        std::string line = std::string("Loading texture f : Data/GUI/") + name + ".tga [OK]\n";
+        size_t next = log.find(line, at);
+        EXPECT_NE(next, std::string::npos) << line << log;
+        EXPECT_EQ(log.find(line), log.rfind(line)) << "loaded once: " << line;
+        if (next != std::string::npos) at = next;
+    }
+    EXPECT_LT(at, log.find("Loading texture f : Data/GUI/aboutB.tga")) << "before the buttons";
+
     const unsigned int screens[3] = {MENU_ABOUT, MENU_CREDITS, MENU_RECORDS};
-    auto held = [] { return menu.tgaAbout + menu.tgaCredits + menu.tgaRecords; };
-    auto visit = [&](unsigned int screen) {
-        menu.m = MENU_MAIN;
-        run(2);
-        menu.m = screen;
-        std::vector<unsigned char> p = run(3);
-        EXPECT_EQ(menu.m, screen);
-        return p;
-    };
-    std::vector<unsigned char> fast[3], plain[3];
-    EXPECT_EQ(held(), 0u) << "none held after start-up";
-    unsigned int last = 0;
+    const unsigned int held[3] = {menu.tgaAbout, menu.tgaCredits, menu.tgaRecords};
+    for (unsigned int texture : held) EXPECT_TRUE(texture != 0 && glIsTexture(texture));
+    std::vector<unsigned char> shown[3];
     for (int i = 0; i < 3; i++) {
         SCOPED_TRACE(screens[i]);
-        fast[i] = visit(screens[i]);
-        last = held();
-        EXPECT_TRUE(glIsTexture(last));
-        EXPECT_TRUE(last == menu.tgaAbout || last == menu.tgaCredits || last == menu.tgaRecords)
-            << "only the screen on show holds its backdrop";
+        menu.m = MENU_MAIN;
+        run(2);
+        menu.m = screens[i];
+        shown[i] = run(3);
+        EXPECT_EQ(menu.m, screens[i]);
+        keep(shown[i], std::to_string(i));
+        size_t lit = 0;
+        for (unsigned char c : shown[i]) lit += c > 16;
+        EXPECT_GT(lit, shown[i].size() / 4) << "the backdrop is on show";
     }
     menu.m = MENU_MAIN;
     run(1);
-    EXPECT_EQ(held(), 0u);
-    EXPECT_FALSE(glIsTexture(last));
-
-    // Started again the plain way: all three backdrops loaded at once.
-    menu.free();
-    shortcuts.screens = false;
-    menu.init();
-    EXPECT_TRUE(menu.tgaAbout && menu.tgaCredits && menu.tgaRecords) << "all three held from start-up";
-    for (int i = 0; i < 3; i++) plain[i] = visit(screens[i]);
-    shortcuts = sShortcuts();
-
+    EXPECT_TRUE(shown[0] != shown[1] && shown[1] != shown[2] && shown[0] != shown[2]);
+    const unsigned int after[3] = {menu.tgaAbout, menu.tgaCredits, menu.tgaRecords};
     for (int i = 0; i < 3; i++) {
-        SCOPED_TRACE(screens[i]);
-        keep(fast[i], "fast" + std::to_string(i));
-        keep(plain[i], "plain" + std::to_string(i));
-        ASSERT_EQ(fast[i].size(), plain[i].size());
-        size_t differ = 0, lit = 0;
-        for (size_t k = 0; k < fast[i].size(); k++) {
-            differ += fast[i][k] != plain[i][k];
-            lit += fast[i][k] > 16;
-        }
-        EXPECT_EQ(differ, 0u) << "channels that differ, of " << fast[i].size();
-        EXPECT_GT(lit, fast[i].size() / 4);
+        EXPECT_EQ(after[i], held[i]) << "the same picture, held throughout";
+        EXPECT_TRUE(glIsTexture(after[i]));
     }
+    EXPECT_EQ(bvtest::readFile("Data/blackbox.bvd"), log) << "nothing loaded as the screens opened";
+}
+
+// Without a track there is no ground to draw the sky around: the sky is
+// drawn all the same, as it is without the shortcut.
+TEST_F(FrameShortcutsWithoutATrack, TheSkyIsDrawnWithoutAGround) {
+    startRace();
+    expectSamePicture(&sShortcuts::sky, CONDITION_FRAMES);
+}
+
+TEST_F(FrameShortcutsWithoutATrack, EachShortcutLooksAsTheRaceWithoutIt) {
+    startRace();
+    expectSamePictureWithoutEachShortcut(CONDITION_FRAMES);
+}
+
+TEST_F(FrameShortcutsWithoutATrack, EachShortcutLooksAsTheMenuWithoutIt) {
+    expectSamePictureWithoutEachShortcut(MENU_FRAMES);
+}
+
+// The lines from the light past each shadow are drawn before the ground: the
+// ground covers those below the horizon, and those above stay over the sky.
+TEST_F(FrameShortcuts, TheShadowProjectorsAboveTheHorizonStayOverTheSky) {
+    startRace();
+    config.shadowprojectors = 1;
+    expectSamePicture(&sShortcuts::sky, PROJECTOR_FRAMES);
+}
+
+TEST_F(FrameShortcuts, EachShortcutLooksAsTheRaceWithoutItWithShadowProjectors) {
+    startRace();
+    config.shadowprojectors = 1;
+    expectSamePictureWithoutEachShortcut(PROJECTOR_FRAMES);
+}
+
+// In wireframe a pixel where several of the dirt's lines meet shows the last
+// one drawn over it.
+TEST_F(FrameShortcuts, TheGroundInWireframeLooksAsWithoutTheSkyShortcut) {
+    startRace();
+    wireframe();
+    litShare = 200;
+    expectSamePicture(&sShortcuts::sky, CONDITION_FRAMES);
+}
+
+TEST_F(FrameShortcuts, EachShortcutLooksAsTheRaceWithoutItInWireframe) {
+    startRace();
+    wireframe();
+    litShare = 200;
+    expectSamePictureWithoutEachShortcut(CONDITION_FRAMES);
+}
+
+TEST_F(FrameShortcuts, EachShortcutLooksAsTheMenuWithoutItInWireframe) {
+    wireframe();
+    litShare = 200;
+    expectSamePictureWithoutEachShortcut(MENU_FRAMES);
+}
+
+TEST_F(FrameShortcuts, EachShortcutLooksAsTheRaceWithoutItWithFogOff) {
+    startRace();
+    config.fog = 0;
+    expectSamePictureWithoutEachShortcut(CONDITION_FRAMES);
+}
+
+TEST_F(FrameShortcuts, EachShortcutLooksAsTheMenuWithoutItWithFogOff) {
+    config.fog = 0;
+    expectSamePictureWithoutEachShortcut(MENU_FRAMES);
+}
+
+TEST_F(FrameShortcuts, EachShortcutLooksAsTheRaceWithoutItWithTheBrightnessUp) {
+    startRace();
+    config.gammacorrection = 30;
+    expectSamePictureWithoutEachShortcut(CONDITION_FRAMES);
+}
+
+TEST_F(FrameShortcuts, EachShortcutLooksAsTheMenuWithoutItWithTheBrightnessUp) {
+    config.gammacorrection = 30;
+    expectSamePictureWithoutEachShortcut(MENU_FRAMES);
+}
+
+TEST_F(FrameShortcuts, EachShortcutLooksAsTheRaceWithoutItAtTheLowestDetail) {
+    startRace();
+    config.lod = 0;
+    expectSamePictureWithoutEachShortcut(CONDITION_FRAMES);
+}
+
+TEST_F(FrameShortcuts, EachShortcutLooksAsTheMenuWithoutItAtTheLowestDetail) {
+    config.lod = 0;
+    expectSamePictureWithoutEachShortcut(MENU_FRAMES);
 }
 
 // The start-up in a child process (a process starts up once), with or

@@ -82,10 +82,10 @@ eTGAResult decodeTGA(FILE* fptr, sTGAImage* image) {
     return TGA_OK;
 }
 
-int floadTextureTGA(const char* file, unsigned int* ptr, bool loading) {
+int floadTextureTGA(const char* file, unsigned int* ptr) {
     std::string text = std::string("Loading texture f : ") + file;
     std::string path = std::string(config.PATH) + file;
-    if (loading) config.disploaded(path.c_str());
+    config.disploaded(path.c_str());
 
     FILE* fptr = fopen(path.c_str(), "rb");
     if (!fptr) {

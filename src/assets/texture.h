@@ -29,9 +29,7 @@ enum eTGAResult { TGA_OK = 0, TGA_BADHEADER, TGA_NOMEMORY };
 // Reads a whole TGA stream. The game's loader and the tests share this path.
 eTGAResult decodeTGA(FILE* fptr, sTGAImage* image);
 
-// `loading`: the file counts towards the start-up's loading bar (and the bar
-// is drawn when it grows); false for a picture loaded once the game is running.
-int floadTextureTGA(const char* file, unsigned int* ptr, bool loading = true);
+int floadTextureTGA(const char* file, unsigned int* ptr);
 int iloadTextureTGArle(FILE* fptr, unsigned char* data, unsigned int size, unsigned int bpp);
 int fsaveTGA();
 void freeTexture(unsigned int* ptr);

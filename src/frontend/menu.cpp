@@ -85,39 +85,6 @@ int sMenu::play(FSOUND_SAMPLE* sample, unsigned int volume) {
     return channel;
 }
 
-namespace {
-
-// The backdrops of the screens a player opens now and then. Each is a
-// 1024x1024 picture, 5.6 MB in the driver with its mipmaps: the game holds
-// only the one on show. Their files still count towards the loading bar at
-// start-up, so that the bar moves as it always has.
-struct InfoBackdrop {
-    unsigned int screen;
-    const char* file;
-    unsigned int sMenu::*texture;
-};
-const InfoBackdrop infoBackdrops[3] = {
-    {MENU_ABOUT, "Data/GUI/about.tga", &sMenu::tgaAbout},
-    {MENU_CREDITS, "Data/GUI/credits.tga", &sMenu::tgaCredits},
-    {MENU_RECORDS, "Data/GUI/records.tga", &sMenu::tgaRecords},
-};
-
-}  // namespace
-
-// Lets go of the backdrop held for another screen and loads this screen's,
-// once per visit (a file that fails to load is not tried again every frame).
-void sMenu::holdBackdropOf(unsigned int screen) {
-    if (!shortcuts.screens || screen == backdropheld) return;
-    for (const InfoBackdrop& b : infoBackdrops)
-        if (this->*b.texture) {
-            freeTexture(&(this->*b.texture));
-            this->*b.texture = 0;
-        }
-    backdropheld = screen;
-    for (const InfoBackdrop& b : infoBackdrops)
-        if (b.screen == screen) floadTextureTGA(b.file, &(this->*b.texture), false);
-}
-
 void sMenu::init() {
     m = MENU_ENTER;
     r = 0;
@@ -127,15 +94,12 @@ void sMenu::init() {
     player1nameBhit = trackIncORDecBhit = opponentsIncORDecBhit = player1colorIncORDecBhit =
         difficultyIncORDecBhit = largeBhit = false;
 
+    // A picture that fails to load leaves its handle at 0: drawn untextured.
+    tgaMenu = tgaAbout = tgaCredits = tgaRecords = 0;
     floadTextureTGA("Data/GUI/main.tga", &tgaMenu);
-    tgaAbout = tgaCredits = tgaRecords = 0;
-    backdropheld = MENU_ENTER;
-    for (unsigned int i = 0; i < 3; i++) {
-        if (shortcuts.screens)
-            config.disploaded((std::string(config.PATH) + infoBackdrops[i].file).c_str());
-        else
-            floadTextureTGA(infoBackdrops[i].file, &(this->*infoBackdrops[i].texture));
-    }
+    floadTextureTGA("Data/GUI/about.tga", &tgaAbout);
+    floadTextureTGA("Data/GUI/credits.tga", &tgaCredits);
+    floadTextureTGA("Data/GUI/records.tga", &tgaRecords);
 
     const float arrowW = 20.0f / 1024, arrowH = 26.0f / 768;
     aboutB.init(true, "aboutB", 0.14f, 0.72f, 158.0f / 1024, 49.0f / 768, 0, MENU_ABOUT);
@@ -176,7 +140,6 @@ void sMenu::init() {
 }
 
 void sMenu::display() {
-    holdBackdropOf(m);
     switch (m) {
     case MENU_RACESTART:
         FSOUND_StopSound(FSOUND_ALL);
@@ -528,8 +491,7 @@ void sMenu::free() {
     freeTexture(&tgaAbout);
     freeTexture(&tgaCredits);
     freeTexture(&tgaRecords);
-    tgaAbout = tgaCredits = tgaRecords = 0;
-    backdropheld = MENU_ENTER;
+    tgaMenu = tgaAbout = tgaCredits = tgaRecords = 0;
     sMenuButton* buttons[15] = {&aboutB,           &creditsB,  &recordsB,  &raceB,          &quitB,
                                 &player1nameB,     &player1colorDecB, &player1colorIncB, &trackDecB,
                                 &trackIncB,        &opponentsDecB,    &opponentsIncB,    &difficultyDecB,

@@ -41,9 +41,6 @@ struct sMenuButton {
 struct sMenu {
     unsigned int m;
     unsigned int tgaMenu, tgaAbout, tgaCredits, tgaRecords;
-    // The screen whose backdrop is held (About, Credits or Records), when the
-    // backdrops are held only while shown.
-    unsigned int backdropheld;
     unsigned int key;
     float r;
     float delay;
@@ -74,7 +71,6 @@ private:
     void arrows();
     void previews();
     void readback(unsigned int texture);
-    void holdBackdropOf(unsigned int screen);
     void backbutton(unsigned int background);
     int play(FSOUND_SAMPLE* sample, unsigned int volume);
 };

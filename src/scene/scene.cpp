@@ -116,9 +116,22 @@ unsigned int aimCamera(const sCamera& target) {
     return focus;
 }
 
+// Whether this frame draws the sky around the ground's dirt (below) instead
+// of first. That keeps the picture only when there is a ground to draw it
+// around; when nothing drawn between the sky and the ground shows, which the
+// lines from the light past each shadow do above the horizon; and when the
+// dirt covers each pixel once: in wireframe a pixel where several of its
+// lines meet would keep the first line's colour instead of the last's.
+bool skyAroundGround() {
+    if (!shortcuts.sky || !track.LIST_ground || config.shadowprojectors) return false;
+    GLint mode[2];
+    glGetIntegerv(GL_POLYGON_MODE, mode);
+    return mode[0] == GL_FILL && mode[1] == GL_FILL;
+}
+
 // The sky is far away everywhere: no depth, and not moved with the eye.
-void drawSky() {
-    if (shortcuts.sky) return;  // drawn with the ground instead
+void drawSky(bool aroundGround) {
+    if (aroundGround) return;  // drawn with the ground instead
     frameStep("sky");
     glDisable(GL_DEPTH_TEST);
     if (config.fog) glEnable(GL_FOG);
@@ -159,13 +172,13 @@ void castShadows(unsigned int n) {
 }
 
 // Fog stays on from here to the last thing drawn in the world.
-void drawGround() {
+void drawGround(bool skyAround) {
     frameStep("ground");
     glEnable(GL_LIGHTING);
     // Given again under the view, so that the light stays put in the world.
     glLightfv(GL_LIGHT0, GL_POSITION, LightPosition);
     if (config.fog) glEnable(GL_FOG);
-    if (shortcuts.sky && track.LIST_ground) {
+    if (skyAround) {
         if (shortcuts.road) glCallList(track.LIST_ground + 5);
         glCallList(track.LIST_ground + 3);
         drawSkyAroundGround();
@@ -207,9 +220,10 @@ void drawKartsAndScenery(unsigned int n) {
 void drawWorld(unsigned int n) {
     glPushMatrix();
     camera.transform();
-    drawSky();
+    const bool skyAround = skyAroundGround();
+    drawSky(skyAround);
     castShadows(n);
-    drawGround();
+    drawGround(skyAround);
     drawGroundMarks(n);
     drawKartsAndScenery(n);
     frameStep("sun");

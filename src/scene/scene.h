@@ -32,7 +32,8 @@ extern s3DS sky3DS;
 struct sShortcuts {
     // The brightness overlay only when it adds something.
     bool brightness = true;
-    // The sky only where the ground's dirt has not covered it, drawn right after it.
+    // The sky only where the ground's dirt has not covered it, drawn right after it
+    // (when there is a ground, the shadow projectors are off and polygons are filled).
     bool sky = true;
     // The menu's previews copied to their textures inside the driver, not read back and uploaded.
     bool previews = true;
@@ -41,9 +42,6 @@ struct sShortcuts {
     // The road drawn before the ground's dirt, marking the stencil, so that
     // the dirt under it is never shaded (with the sky shortcut only).
     bool road = true;
-    // The About, Credits and Records backdrops decoded when their screen opens
-    // and let go when it closes, not all held from start-up on.
-    bool screens = true;
     // The ground's darker passes kept to the rectangle the stencil shadows lie in.
     bool shadowscissor = true;
 };
