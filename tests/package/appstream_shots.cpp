@@ -42,8 +42,10 @@ int main(int argc, char** argv) {
     grid.save(out + "/grid.ppm");
 
     if (!game.countdownOver()) return fail("the countdown did not end", game);
+    // Off the line behind the field, seen from above and behind.
+    game.tap("4");
     game.keyDown("Up");
-    rest(5);
+    rest(1.5);
     Picture race = game.screenshot();
     game.keyUp("Up");
     if (race.empty()) return fail("no screenshot of the race", game);
