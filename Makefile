@@ -2,6 +2,8 @@
 # Both install what is missing, build, and prepare build/game/ (the binary beside its Data/).
 # `make install PREFIX=...` installs for a Linux desktop (default /usr/local);
 # `make uninstall` removes that installation again, never the players' own folders.
+# `make deb` builds the Debian packages brontevalle and brontevalle-data from
+# the working tree in a scratch copy and checks them with lintian (build/deb/).
 # `make test-asan` builds in build-asan and runs every test under AddressSanitizer
 # and UndefinedBehaviorSanitizer; `make fuzz FUZZ_SECONDS=...` fuzzes each file
 # reader for that long (build-fuzz, clang).
@@ -31,7 +33,7 @@ BENCH_WARMUP := 5
 BENCH_MIN_TIME := 0.02
 endif
 
-.PHONY: all run test test-asan fuzz soak bench setup deps configure build install uninstall clean
+.PHONY: all run test test-asan fuzz soak bench setup deps configure build install uninstall deb clean
 
 all: setup
 
@@ -85,6 +87,9 @@ install: setup
 
 uninstall:
 	cmake --build $(BUILD) --target uninstall
+
+deb: deps
+	@scripts/make-deb --out $(BUILD)/deb --jobs $(JOBS)
 
 clean:
 	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD) $(SOAK_BUILD)

@@ -40,6 +40,26 @@ sMenu menu;
 unsigned int splash_t, splash_0, splash_1;
 long splashSegmentsShown = -1;
 SDL_Surface* surface;
+const unsigned char* windowIconPixels;
+int windowIconSize;
+
+// The desktop names the window from these: the title bar, the taskbar and
+// Alt-Tab show the game's name and icon, and the class, the same as the
+// desktop entry's StartupWMClass, lets the dock group the window under the
+// game's menu entry. SDL 1.2 and sdl12-compat both take the class from the
+// environment, and otherwise from the binary's name, which the tests and
+// tools running the game's pieces do not share.
+static void nameWindow() {
+    SDL_WM_SetCaption("Brontevalle", "Brontevalle");
+    if (!windowIconPixels || windowIconSize <= 0) return;
+    SDL_Surface* icon = SDL_CreateRGBSurfaceFrom(const_cast<unsigned char*>(windowIconPixels), windowIconSize,
+                                                 windowIconSize, 32, windowIconSize * 4, SDL_SwapLE32(0x000000ff),
+                                                 SDL_SwapLE32(0x0000ff00), SDL_SwapLE32(0x00ff0000),
+                                                 SDL_SwapLE32(0xff000000));
+    if (!icon) return;
+    SDL_WM_SetIcon(icon, nullptr);
+    SDL_FreeSurface(icon);
+}
 
 void quit(int status) {
     SDL_Quit();
@@ -47,6 +67,7 @@ void quit(int status) {
 }
 
 bool createGLwindow() {
+    setenv("SDL_VIDEO_X11_WMCLASS", "brontevalle", 0);
     if (SDL_Init(SDL_INIT_VIDEO) < 0) {
         printf("Video initialization failed : %s\n", SDL_GetError());
         quit(1);
@@ -67,6 +88,7 @@ bool createGLwindow() {
     SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
     // Without asking, Mesa gives no stencil buffer and ground shadows never show.
     SDL_GL_SetAttribute(SDL_GL_STENCIL_SIZE, 8);
+    nameWindow();
     surface = SDL_SetVideoMode(config.width, config.height, config.depth, flags);
     if (surface) {
         blackbox.task("Initializing video mode", true);

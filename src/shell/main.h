@@ -10,6 +10,10 @@ extern unsigned int splash_t, splash_0, splash_1;
 extern SDL_Surface* surface;
 
 [[noreturn]] void quit(int status);
+// The window's icon, square RGBA rows from the top; the game's own binary
+// sets it before start-up, programs that drive the pieces may leave it out.
+extern const unsigned char* windowIconPixels;
+extern int windowIconSize;
 bool createGLwindow();
 void killGLwindow();
 void initGL();

@@ -501,6 +501,12 @@ Game::Game(const Options& options) {
     process_ = std::make_unique<bvtest::GameProcess>(dir(), std::vector<std::string>{"ALSOFT_CONF=" + bvtest::waveConf(dir())});
 }
 
+Game::Game(const Installed& installed) : folder_(installed.folder) {
+    std::vector<std::string> env = installed.env;
+    env.push_back("ALSOFT_CONF=" + bvtest::waveConf(installed.scratch));
+    process_ = std::make_unique<bvtest::GameProcess>("/", env, installed.command, installed.scratch + "/stdout.txt");
+}
+
 Game::~Game() {
     if (const char* keep = getenv("BV_E2E_PICTURES")) {
         std::error_code ec;

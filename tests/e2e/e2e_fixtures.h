@@ -106,13 +106,26 @@ struct Options {
     std::vector<std::pair<std::string, std::string>> files;
 };
 
+// An installed game, started by its command the way the desktop's menu starts
+// it: from the root folder, with the player's environment.
+struct Installed {
+    std::string command;
+    // The player's folder the launcher prepares and runs the game in.
+    std::string folder;
+    std::vector<std::string> env;
+    // Where the game's output and its sound go.
+    std::string scratch;
+};
+
 // The real game in a fresh copy of the game directory, and the player at it.
 class Game {
 public:
     explicit Game(const Options& options = Options());
+    explicit Game(const Installed& installed);
     ~Game();
 
-    const std::string& dir() const { return dir_->path(); }
+    // The folder the game runs in, whose Data/ it reads and writes.
+    const std::string& dir() const { return dir_ ? dir_->path() : folder_; }
     std::string path(const std::string& relative) const { return dir() + "/" + relative; }
     std::string log() const;
     bvtest::GameProcess& process() { return *process_; }
@@ -172,6 +185,7 @@ public:
 
 private:
     std::unique_ptr<bvtest::ScratchDir> dir_;
+    std::string folder_;
     std::unique_ptr<bvtest::GameProcess> process_;
     unsigned long window_ = 0;
 };

@@ -27,6 +27,7 @@ namespace fs = std::filesystem;
 namespace {
 
 const std::string kManifest = std::string(BV_BUILD_DIR) + "/install_manifest.txt";
+const std::string kAppId = "org.brontevalle.Brontevalle";
 
 int shell(const std::string& command, std::string* out = nullptr) {
     std::string text;
@@ -137,7 +138,7 @@ protected:
     // Starts the game from the desktop entry's command, sees its window and
     // closes it; returns the exit status.
     int playOnce() {
-        std::string command = execOf(prefix + "/share/applications/brontevalle.desktop");
+        std::string command = execOf(prefix + "/share/applications/" + kAppId + ".desktop");
         EXPECT_EQ(command, prefix + "/bin/brontevalle");
         InstalledGame game(command, env(), dir.path() + "/game-output.txt");
         unsigned long id = game.window();
@@ -145,6 +146,7 @@ protected:
         if (!id) return -1;
         std::string geometry = run("xdotool getwindowgeometry " + std::to_string(id));
         EXPECT_NE(geometry.find("1024x768"), std::string::npos) << geometry;
+        props = run("xprop -id " + std::to_string(id) + " WM_NAME WM_CLASS WM_HINTS _NET_WM_ICON");
         EXPECT_TRUE(closeWindow(id)) << "no X display to close the window through";
         return game.wait();
     }
@@ -152,6 +154,7 @@ protected:
 
     ScratchDir dir;
     std::string prefix, home, ourManifest;
+    std::string props;  // the last window's name, class and icon, as xprop shows them
 
 private:
     bool hadManifest_ = false;
@@ -161,11 +164,19 @@ private:
 TEST_F(Installation, PutsEverythingInItsPlace) {
     for (const char* f : {"bin/brontevalle", "bin/brontevalle-config", "libexec/brontevalle/brontevalle",
                           "libexec/brontevalle/brontevalle-config", "share/brontevalle/Data/config.bvd",
-                          "share/brontevalle/Data/GUI/t.tga", "share/applications/brontevalle.desktop",
-                          "share/applications/brontevalle-config.desktop",
+                          "share/brontevalle/Data/GUI/t.tga", "share/applications/org.brontevalle.Brontevalle.desktop",
+                          "share/applications/org.brontevalle.Brontevalle.Config.desktop",
+                          "share/metainfo/org.brontevalle.Brontevalle.metainfo.xml",
+                          "share/man/man6/brontevalle.6", "share/man/man6/brontevalle-config.6",
+                          "share/icons/hicolor/512x512/apps/brontevalle.png",
                           "share/icons/hicolor/256x256/apps/brontevalle.png",
+                          "share/icons/hicolor/128x128/apps/brontevalle.png",
+                          "share/icons/hicolor/64x64/apps/brontevalle.png",
                           "share/icons/hicolor/48x48/apps/brontevalle.png"})
         EXPECT_TRUE(fileExists(prefix + "/" + f)) << f;
+    // The manual names where this installation's shared content is.
+    EXPECT_NE(readFile(prefix + "/share/man/man6/brontevalle.6").find(prefix + "/share/brontevalle/Data/"),
+              std::string::npos);
     EXPECT_EQ(readFile(prefix + "/bin/brontevalle").rfind("#!/bin/sh", 0), 0u);  // the launcher, not the game
     EXPECT_EQ(readFile(prefix + "/share/brontevalle/Data/config.bvd"),
               readFile(std::string(BV_SOURCE_DIR) + "/data/config.bvd"));
@@ -181,18 +192,74 @@ TEST_F(Installation, PutsEverythingInItsPlace) {
 
 TEST_F(Installation, DesktopEntriesValidateAndNameTheLaunchers) {
     for (const char* entry : {"brontevalle", "brontevalle-config"}) {
-        std::string file = prefix + "/share/applications/" + entry + ".desktop";
+        std::string file = prefix + "/share/applications/" + kAppId +
+                           (std::string(entry) == "brontevalle" ? "" : ".Config") + ".desktop";
         std::string out;
         EXPECT_EQ(shell("desktop-file-validate '" + file + "'", &out), 0) << out;
         EXPECT_EQ(out, "") << out;  // not even a hint
         EXPECT_EQ(execOf(file), prefix + "/bin/" + entry);
         EXPECT_NE(readFile(file).find("Icon=brontevalle\n"), std::string::npos);
+        EXPECT_NE(readFile(file).find(std::string("StartupWMClass=") + entry + "\n"), std::string::npos);
+    }
+}
+
+TEST_F(Installation, TheSoftwareCentresDescriptionValidates) {
+    std::string out;
+    std::string file = prefix + "/share/metainfo/" + kAppId + ".metainfo.xml";
+    EXPECT_EQ(shell("appstreamcli validate --no-net '" + file + "'", &out), 0) << out;
+    EXPECT_EQ(out.find("\nE: "), std::string::npos) << out;
+    EXPECT_EQ(out.find("\nW: "), std::string::npos) << out;
+    EXPECT_EQ(out.rfind("E: ", 0), std::string::npos) << out;
+    EXPECT_EQ(out.rfind("W: ", 0), std::string::npos) << out;
+    std::string xml = readFile(file);
+    EXPECT_NE(xml.find("<id>" + kAppId + "</id>"), std::string::npos);
+    EXPECT_NE(xml.find("<launchable type=\"desktop-id\">" + kAppId + ".desktop</launchable>"), std::string::npos);
+    // Every screenshot it names is one of ours, in the source tree.
+    size_t at = 0;
+    int shots = 0;
+    while ((at = xml.find("/screenshots/", at)) != std::string::npos) {
+        size_t end = xml.find('<', at);
+        std::string name = xml.substr(at + 13, end - at - 13);
+        EXPECT_TRUE(fileExists(std::string(BV_SOURCE_DIR) + "/config/screenshots/" + name)) << name;
+        at = end;
+        shots++;
+    }
+    EXPECT_EQ(shots, 3);
+}
+
+TEST_F(Installation, TheManualPagesReadWithoutWarnings) {
+    for (const char* page : {"brontevalle", "brontevalle-config"}) {
+        std::string out;
+        std::string file = prefix + "/share/man/man6/" + page + ".6";
+        EXPECT_EQ(shell("LC_ALL=C.UTF-8 MANWIDTH=80 man --warnings -E UTF-8 -l '" + file + "' 2>&1 >/dev/null", &out), 0);
+        EXPECT_EQ(out, "") << page << ": " << out;
+        ASSERT_EQ(shell("LC_ALL=C.UTF-8 MANWIDTH=80 man -l '" + file + "' 2>/dev/null", &out), 0);
+        for (const char* section : {"NAME", "SYNOPSIS", "DESCRIPTION", "EXIT STATUS", "SEE ALSO"})
+            EXPECT_NE(out.find(std::string("\n") + section + "\n"), std::string::npos) << page << ": " << section;
+    }
+    // The settings program's --help and its manual give the same options.
+    std::string help, manual;
+    ASSERT_EQ(shell("'" + prefix + "/libexec/brontevalle/brontevalle-config' --help", &help), 0);
+    ASSERT_EQ(shell("LC_ALL=C.UTF-8 MANWIDTH=200 man -l '" + prefix + "/share/man/man6/brontevalle-config.6' 2>/dev/null",
+                    &manual),
+              0);
+    manual = manual.substr(manual.find("\nOPTIONS\n"));
+    manual = manual.substr(0, manual.find("\nSETTINGS\n"));
+    for (const char* option : {"--file", "--show", "--set", "--game", "--help"}) {
+        EXPECT_NE(help.find(option), std::string::npos) << option;
+        EXPECT_NE(manual.find(option), std::string::npos) << option;
     }
 }
 
 TEST_F(Installation, TheFirstStartPreparesThePlayersFolderAndTheGameRunsFromIt) {
     ASSERT_FALSE(fileExists(player()));
     EXPECT_EQ(playOnce(), 0);
+    // The window carries the game's name and icon, and the class of its menu entry.
+    EXPECT_NE(props.find("WM_NAME(STRING) = \"Brontevalle\""), std::string::npos) << props;
+    EXPECT_NE(props.find("WM_CLASS(STRING) = \"brontevalle\", \"brontevalle\""), std::string::npos) << props;
+    EXPECT_TRUE(props.find("bitmap id # to use for icon") != std::string::npos ||
+                props.find("_NET_WM_ICON(CARDINAL) = ") != std::string::npos)
+        << props;
     const std::string data = player() + "/Data";
     EXPECT_EQ(readFile(data + "/config.bvd"), readFile(std::string(BV_SOURCE_DIR) + "/data/config.bvd"));
     EXPECT_FALSE(fs::is_symlink(data + "/config.bvd"));
@@ -242,7 +309,7 @@ TEST_F(Installation, TheInstalledSettingsProgramEditsThePlayersSettings) {
     EXPECT_EQ(shell(config + " --set musicvolume=140", &out), 2);
     EXPECT_EQ(readFile(player() + "/Data/config.bvd"), mine);
     // The game starts with them: 800x600.
-    std::string command = execOf(prefix + "/share/applications/brontevalle.desktop");
+    std::string command = execOf(prefix + "/share/applications/" + kAppId + ".desktop");
     InstalledGame game(command, env(), dir.path() + "/game-output.txt");
     unsigned long id = game.window();
     ASSERT_NE(id, 0ul) << readFile(dir.path() + "/game-output.txt");
@@ -276,7 +343,9 @@ TEST_F(Installation, RecordsAndSettingsOutliveAReinstallAndAnUninstall) {
     EXPECT_FALSE(fileExists(prefix + "/bin/brontevalle"));
     EXPECT_FALSE(fileExists(prefix + "/libexec/brontevalle"));
     EXPECT_FALSE(fileExists(prefix + "/share/brontevalle"));
-    EXPECT_FALSE(fileExists(prefix + "/share/applications/brontevalle.desktop"));
+    EXPECT_FALSE(fileExists(prefix + "/share/applications/" + kAppId + ".desktop"));
+    EXPECT_FALSE(fileExists(prefix + "/share/metainfo/" + kAppId + ".metainfo.xml"));
+    EXPECT_FALSE(fileExists(prefix + "/share/man/man6/brontevalle.6"));
     EXPECT_EQ(readFile(data + "/Highscore/Valley.txt"), "Nigel 61.25\n");
     EXPECT_EQ(readFile(data + "/Ghosts/Valley.txt"), "0 0 0\n");
     EXPECT_EQ(readFile(data + "/config.bvd"), settings);

@@ -252,7 +252,9 @@ std::string waveConf(const std::string& dir) {
     return conf;
 }
 
-GameProcess::GameProcess(const std::string& dir, const std::vector<std::string>& env) : dir_(dir), env_(env) {
+GameProcess::GameProcess(const std::string& dir, const std::vector<std::string>& env, const std::string& program,
+                         const std::string& out)
+    : dir_(dir), env_(env), program_(program.empty() ? BV_GAME_BINARY : program), out_(out.empty() ? dir + "/stdout.txt" : out) {
     start();
 }
 
@@ -260,7 +262,6 @@ void GameProcess::start() {
     const std::string& dir = dir_;
     const std::vector<std::string>& env = env_;
     status_ = -1;
-    out_ = dir + "/stdout.txt";
     pid_ = fork();
     if (pid_ == 0) {
         if (chdir(dir.c_str()) != 0) _exit(127);
@@ -270,7 +271,7 @@ void GameProcess::start() {
         dup2(null, 2);
         setenv("SDL_VIDEODRIVER", "x11", 1);
         for (const std::string& e : env) putenv(strdup(e.c_str()));
-        execl(BV_GAME_BINARY, "brontevalle", (char*)nullptr);
+        execl(program_.c_str(), program_ == BV_GAME_BINARY ? "brontevalle" : program_.c_str(), (char*)nullptr);
         _exit(127);
     }
 }

@@ -83,8 +83,11 @@ double zeroCrossingHz(const std::vector<float>& frames, int channels, int channe
 // standard output in a file.
 class GameProcess {
 public:
-    // env: extra "NAME=value" entries.
-    GameProcess(const std::string& dir, const std::vector<std::string>& env = {});
+    // env: extra "NAME=value" entries. program: what to start instead of the
+    // game built here (an installed launcher), with its output in `out`
+    // rather than in dir.
+    GameProcess(const std::string& dir, const std::vector<std::string>& env = {}, const std::string& program = "",
+                const std::string& out = "");
     ~GameProcess();
     // The game's top-level X window, waiting for it to appear; 0 if it never does.
     unsigned long window(double seconds = 20);
@@ -100,6 +103,7 @@ private:
     void start();
     std::string dir_;
     std::vector<std::string> env_;
+    std::string program_;
     int pid_ = -1;
     int status_ = -1;
     int restarts_ = 0;
