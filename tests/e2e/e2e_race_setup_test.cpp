@@ -63,31 +63,38 @@ TEST(E2eRaceSetup, SetUpByMouseRacedWithArrowsLeftWithEscapeRestartedAndKept) {
     ASSERT_TRUE(game.countdownOver());
 
     // Off the grid with the throttle: until the gantry is behind the kart,
-    // however many frames that takes on this machine.
+    // however many frames that takes on this machine. The screen is looked
+    // at straight away, so that the picture is the kart just past the gantry
+    // on the straight, not wherever it had got to by the time a screenshot
+    // was written.
     game.keyDown("Up");
     Picture driving;
     bool left = waitFor(
         [&] {
-            driving = game.screenshot();
-            return driving.empty() || race::gantry(driving) < 300;
+            driving = grab();
+            return race::gantry(driving) < 300;
         },
-        120, 0.1);
-    ASSERT_FALSE(driving.empty());
+        120, 0.02);
     double fast = game.soundSeconds();
-    // Into the first bend, which turns left, hard: steered until the tyres
-    // are heard (a game that never slides the kart runs out of time here).
-    double turn = game.soundSeconds();
     Sound tyre = readSound(game.path("Data/Sounds/Tire.wav"));
+    const double straight = heardLoop(game.sound(), fast - 1, fast, tyre);
+    // Into the first bend, which turns left, hard: steered until the tyres
+    // are heard clearly above what the straight had of them (a game that
+    // never slides the kart runs out of time here).
+    double turn = game.soundSeconds();
     game.keyDown("Left");
     double slid = turn;
+    double squeal = 0;
     bool squealed = waitFor(
         [&] {
             slid = game.soundSeconds();
-            return slid > turn + 1 && heardLoop(game.sound(), slid - 1, slid, tyre) > 0.5;
+            squeal = slid > turn + 1 ? heardLoop(game.sound(), slid - 1, slid, tyre) : 0;
+            return squeal > straight + 0.3;
         },
         30, 0.2);
     game.keyUp("Left");
     game.keyUp("Up");
+    printf("tyres %.2f over the last second of the turn, %.1f s into it\n", squeal, slid - turn);
 
     // The kart is where the chase view keeps it, smaller than on the grid
     // (the view falls back at speed, the further the quicker the frames), and
@@ -121,13 +128,15 @@ TEST(E2eRaceSetup, SetUpByMouseRacedWithArrowsLeftWithEscapeRestartedAndKept) {
     ASSERT_GE(idle, 0) << "no engine on the grid";
     idle += start + 0.2;
     double idleHz = heard.crossings(idle, idle + 0.5), fastHz = heard.crossings(fast - 1, fast);
-    double straight = heardLoop(heard, fast - 1, fast, tyre), slide = heardLoop(heard, turn, slid, tyre);
+    double slide = heardLoop(heard, turn, slid, tyre);
     printf("engine %.4f rms idling, %.0f -> %.0f crossings/s; tyres %.2f straight, %.2f sliding\n",
            heard.rms(idle, idle + 0.5), idleHz, fastHz, straight, slide);
     EXPECT_GT(heard.rms(idle, idle + 0.5), 0.005) << "no engine on the grid";
     EXPECT_GT(fastHz, idleHz * 1.3) << "the engine does not rise with speed";
     EXPECT_TRUE(squealed) << "no tyre squeal in the slide";
-    EXPECT_GT(slide, 0.5) << "no tyre squeal in the slide";
+    // The player's own engine sounds beside the squeal, about as loud, so
+    // the squeal is not all that is heard in the slide.
+    EXPECT_GT(slide, 0.35) << "no tyre squeal in the slide";
     EXPECT_GT(slide, straight + 0.2) << "the tyres squeal on the straight as much as in the slide";
 
     // A clean log, the screenshots in it, and the setup kept.
