@@ -29,28 +29,6 @@ namespace {
 const std::string kManifest = std::string(BV_BUILD_DIR) + "/install_manifest.txt";
 const std::string kAppId = "org.brontevalle.Brontevalle";
 
-int shell(const std::string& command, std::string* out = nullptr) {
-    std::string text;
-    FILE* p = popen((command + " 2>&1").c_str(), "r");
-    char buf[4096];
-    size_t n;
-    while ((n = fread(buf, 1, sizeof buf, p)) > 0) text.append(buf, n);
-    int st = pclose(p);
-    if (out) *out = text;
-    return WIFEXITED(st) ? WEXITSTATUS(st) : -1;
-}
-
-// The command line of a desktop entry's Exec key, without its quotes.
-std::string execOf(const std::string& desktopFile) {
-    for (const std::string& line : lines(readFile(desktopFile)))
-        if (line.rfind("Exec=", 0) == 0) {
-            std::string exec = line.substr(5);
-            exec.erase(std::remove(exec.begin(), exec.end(), '"'), exec.end());
-            return exec;
-        }
-    return "";
-}
-
 // The installed game started the way the desktop starts it: the entry's
 // command with the player's environment. The launcher replaces itself with
 // the game, so the process is the game's.

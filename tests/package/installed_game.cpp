@@ -35,28 +35,6 @@ std::string home() { return env("BV_PACKAGE_HOME"); }
 std::string shared() { return root() + "/usr/share/games/brontevalle/Data"; }
 std::string player() { return home() + "/.local/share/brontevalle"; }
 
-// The command line of a desktop entry's Exec key, without its quotes.
-std::string execOf(const std::string& desktopFile) {
-    for (const std::string& line : lines(readFile(desktopFile)))
-        if (line.rfind("Exec=", 0) == 0) {
-            std::string exec = line.substr(5);
-            exec.erase(std::remove(exec.begin(), exec.end(), '"'), exec.end());
-            return exec;
-        }
-    return "";
-}
-
-int shell(const std::string& command, std::string* out) {
-    std::string text;
-    FILE* p = popen((command + " 2>&1").c_str(), "r");
-    char buf[4096];
-    size_t n;
-    while ((n = fread(buf, 1, sizeof buf, p)) > 0) text.append(buf, n);
-    int st = pclose(p);
-    *out = text;
-    return WIFEXITED(st) ? WEXITSTATUS(st) : -1;
-}
-
 class Package : public ::testing::Test {
 protected:
     void SetUp() override {

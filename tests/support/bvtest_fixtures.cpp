@@ -14,6 +14,7 @@
 #include <signal.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <thread>
@@ -244,6 +245,28 @@ std::string run(const std::string& command) {
     while ((n = fread(buf, 1, sizeof buf, p)) > 0) out.append(buf, n);
     pclose(p);
     return out;
+}
+
+int shell(const std::string& command, std::string* out) {
+    std::string text;
+    FILE* p = popen((command + " 2>&1").c_str(), "r");
+    if (!p) return -1;
+    char buf[4096];
+    size_t n;
+    while ((n = fread(buf, 1, sizeof buf, p)) > 0) text.append(buf, n);
+    int st = pclose(p);
+    if (out) *out = text;
+    return WIFEXITED(st) ? WEXITSTATUS(st) : -1;
+}
+
+std::string execOf(const std::string& desktopFile) {
+    for (const std::string& line : lines(readFile(desktopFile)))
+        if (line.rfind("Exec=", 0) == 0) {
+            std::string exec = line.substr(5);
+            exec.erase(std::remove(exec.begin(), exec.end(), '"'), exec.end());
+            return exec;
+        }
+    return "";
 }
 
 std::string waveConf(const std::string& dir) {

@@ -116,6 +116,11 @@ bool closeWindow(unsigned long id);
 
 // Runs a shell command and returns its standard output.
 std::string run(const std::string& command);
+// Runs a shell command with its standard error joined to its output; its
+// exit status, or -1 if it did not exit. The output goes to *out when asked for.
+int shell(const std::string& command, std::string* out = nullptr);
+// The command line of a desktop entry's Exec key, without its quotes.
+std::string execOf(const std::string& desktopFile);
 
 // An alsoft.conf in dir sending all sound to dir/capture.wav; returns its path.
 std::string waveConf(const std::string& dir);
