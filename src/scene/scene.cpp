@@ -17,6 +17,7 @@
 #include "scene/ghost.h"
 #include "scene/lensflare.h"
 #include "scene/shader.h"
+#include "scene/splits.h"
 #include "shell/bvconfig.h"
 #include "shell/keyboard.h"
 #include "shell/performance.h"
@@ -63,6 +64,7 @@ void resetScene() {
     camera.init(CAMERA_CHASE, 26.01f, 1.5f, 22.0f, 0, 0, 0, 55);
     for (unsigned char i = 0; i < GOKART_NKARTS; i++) gokart[i].init(i);
     ghost.badone();
+    splits.init();
     s = bvclock();
     e = bvclock();
     t = 0;
@@ -243,6 +245,7 @@ void drawOverlays(unsigned int focus) {
 
     fontTGA.out(0.005f, 0.975f, 1, 1, 1, FONT_ALIGN_LEFT, 0.02f, "lap: %d", gokart[0].lap);
     fontTGA.out(0.5f, 0.975f, 1, 1, 1, FONT_ALIGN_CENTER, 0.02f, "time: %.2f", gokart[0].currentlaptime);
+    splits.draw();
     fontTGA.out(0.975f, 0.975f, 1, 1, 1, FONT_ALIGN_RIGHT, 0.02f, "record: %.2f", highscore.laprecord_time[0]);
 
     // The countdown counts up, and "GO!" comes a second after the karts are off.
@@ -273,6 +276,7 @@ void drawScene() {
     FSOUND_SetSFXMasterVolume((int)config.soundvolume);
     runStartClock();
     driveKarts(n);
+    splits.update();
     unsigned int focus = aimCamera(target);
     drawWorld(n);
     drawOverlays(focus);
