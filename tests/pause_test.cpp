@@ -118,7 +118,7 @@ protected:
     int whiteInMiddle() {
         std::vector<unsigned char> p = pixels();
         int n = 0;
-        for (int y = (int)(0.4 * H); y < (int)(0.65 * H); y++)
+        for (int y = (int)(0.55 * H); y < (int)(0.8 * H); y++)
             for (int x = (int)(0.1 * W); x < (int)(0.9 * W); x++) {
                 const unsigned char* q = &p[(y * W + x) * 3];
                 if (std::min(q[0], std::min(q[1], q[2])) > 200) n++;

@@ -72,8 +72,8 @@ void sPause::rest() {
 
 void sPause::draw() const {
     if (!paused) return;
-    fontTGA.out(0.5f, 0.55f, 1, 1, 1, FONT_ALIGN_CENTER, 0.05f, "PAUSED");
-    fontTGA.out(0.5f, 0.45f, 1, 1, 1, FONT_ALIGN_CENTER, 0.02f, "P to resume, Escape to leave the race");
+    fontTGA.out(0.5f, 0.7f, 1, 1, 1, FONT_ALIGN_CENTER, 0.05f, "PAUSED");
+    fontTGA.out(0.5f, 0.63f, 1, 1, 1, FONT_ALIGN_CENTER, 0.02f, "P to resume, Escape to leave the race");
 }
 
 bool losesRace(const SDL_ActiveEvent& active) {
