@@ -6,13 +6,14 @@
 
 #include <SDL/SDL.h>
 
+// As many channels as the sound adapter can open.
 const int PAUSE_NCHANNELS = 256;
 
 struct sPause {
     bool paused = false;
-    long since = 0;     // bvclock() when the race stopped
-    bool pheld = false;   // P was down at the last look: a held key toggles once
-    bool delheld = false;
+    long since = 0;        // bvclock() when the race stopped
+    bool pheld = false;    // P was down at the last look: a held key acts once
+    bool delheld = false;  // and Delete
     // The channels that were sounding when the race stopped: they, and only
     // they, play on from where they were (the tyres' loop may be paused by the
     // kart itself, and must stay so).
