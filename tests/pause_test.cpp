@@ -163,7 +163,7 @@ TEST_F(PauseTest, ALapWithAFiveSecondPauseTakesTheSameTimeToTheFrame) {
         press(SDLK_p);
         EXPECT_FALSE(racepause.paused);
     });
-    printf("lap without a pause %.4f s (%ld frames), with a 5 s pause %.4f s (%ld frames)\n", plain, plainFrames,
+    printf("lap without a pause %.6f s (%ld frames), with a 5 s pause %.6f s (%ld frames)\n", plain, plainFrames,
            paused, frames);
     // The clock is read in whole microseconds, so the two may differ by one.
     EXPECT_NEAR(paused, plain, 2e-6);
