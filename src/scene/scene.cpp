@@ -16,6 +16,7 @@
 #include "scene/camera.h"
 #include "scene/ghost.h"
 #include "scene/lensflare.h"
+#include "scene/pause.h"
 #include "scene/shader.h"
 #include "shell/bvconfig.h"
 #include "shell/keyboard.h"
@@ -60,6 +61,7 @@ void resetScene() {
     glLightfv(GL_LIGHT0, GL_POSITION, LightPosition);
     glEnable(GL_LIGHT0);
     glClearColor(0.525f, 0.525f, 0.5f, 1);
+    racepause.init();
     camera.init(CAMERA_CHASE, 26.01f, 1.5f, 22.0f, 0, 0, 0, 55);
     for (unsigned char i = 0; i < GOKART_NKARTS; i++) gokart[i].init(i);
     ghost.badone();
@@ -239,7 +241,9 @@ void drawOverlays(unsigned int focus) {
     frameStep("dial and texts");
     if (config.hud && camera.mode == CAMERA_DRIVER) gokart[focus].drawhud();
 
+    const float recordshown = highscore.thisnewrecorddelay;
     highscore.dispifnewrecord();
+    if (racepause.paused) highscore.thisnewrecorddelay = recordshown;  // no clock runs in a pause
 
     fontTGA.out(0.005f, 0.975f, 1, 1, 1, FONT_ALIGN_LEFT, 0.02f, "lap: %d", gokart[0].lap);
     fontTGA.out(0.5f, 0.975f, 1, 1, 1, FONT_ALIGN_CENTER, 0.02f, "time: %.2f", gokart[0].currentlaptime);
@@ -271,11 +275,17 @@ void drawScene() {
     const unsigned int n = racingKarts();
 
     FSOUND_SetSFXMasterVolume((int)config.soundvolume);
-    runStartClock();
-    driveKarts(n);
-    unsigned int focus = aimCamera(target);
+    racepause.keys();
+    const bool running = !racepause.paused;
+    if (running) {
+        runStartClock();
+        driveKarts(n);
+    }
+    unsigned int focus = running ? aimCamera(target) : followedKart();
     drawWorld(n);
     drawOverlays(focus);
+    racepause.draw();
+    racepause.rest();
     handleRaceKeys();
 }
 
