@@ -78,6 +78,7 @@ protected:
     // metre short of barrier point i (left or right) and pointing square
     // into it, having last reached the pair before.
     void facingTheWall(sGokart& k, unsigned int i, bool left) {
+        k.init(k.ID);
         const unsigned int n = track.pairs();
         const sTrackPoint &wall = left ? track.Lpoint[i] : track.Rpoint[i],
                           &other = left ? track.Rpoint[i] : track.Lpoint[i];
@@ -253,7 +254,7 @@ TEST_P(KartRescuePairs, ARescueNeverReachesAPairNotYetReached) {
             k.rescue();
             EXPECT_EQ(k.checkpoint, c);
             EXPECT_EQ(k.lap, 3);
-            const double back = std::hypot(k.px - middle(c).x, k.pz - middle(c).z);
+            const double back = putDownAt(k, c);
             if (back > 1e-3) setback++;
             furthest = std::max(furthest, back);
             k.kUP = k.kDOWN = k.kLEFT = k.kRIGHT = false;
@@ -273,5 +274,48 @@ TEST_P(KartRescuePairs, ARescueNeverReachesAPairNotYetReached) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Shipped, KartRescuePairs, ::testing::ValuesIn(SHIPPED));
+
+// Before the line is first crossed no pair has been passed that counts: the
+// kart goes back to its own place on the grid, and the lap it then drives
+// counts from the line as any other.
+TEST_F(KartRescue, BeforeTheLineTheKartGoesBackToItsGridPlace) {
+    selectTrack("Harbour");
+    config.nhumanplayers = 2;
+    startRace();
+    const unsigned int n = track.pairs();
+    for (unsigned char id : {0, 1}) {
+        SCOPED_TRACE("kart " + std::to_string(id));
+        sGokart& k = gokart[id];
+        const float gx = k.px, gz = k.pz;
+        // Off the grid and into the left tyres of the start straight.
+        k.kUP = k.kLEFT = true;
+        for (int f = 0; f < 3 * fps() && k.ups < 100; f++) drive(k);
+        k.kLEFT = false;
+        for (int f = 0; f < 2 * fps(); f++) drive(k);
+        ASSERT_GT(std::hypot(k.px - gx, k.pz - gz), 3.0);
+        ASSERT_EQ(k.lap, 0);
+        const Counted before(k);
+        k.rescue();
+        EXPECT_TRUE(Counted(k) == before);
+        EXPECT_EQ(k.checkpoint, n - 2);
+        EXPECT_EQ(k.px, gx);
+        EXPECT_EQ(k.pz, gz);
+        EXPECT_EQ(k.ay, 0);
+        EXPECT_EQ(k.may, 0);
+        EXPECT_EQ(k.ups, 0);
+        EXPECT_EQ(k.sw_ay, 0);
+        k.kUP = k.kLEFT = false;
+        for (int f = 0; f < 2 * fps(); f++) drive(k);
+        EXPECT_EQ(k.lap, 0);
+        EXPECT_EQ(k.px, gx);
+        EXPECT_EQ(k.pz, gz);
+        // Over the line, and on round until the next lap counts.
+        driveOnUntilTheLapCounts(k, 30);
+        ASSERT_EQ(k.lap, 1);
+        std::vector<unsigned int> seen = driveOnUntilTheLapCounts(k, 180);
+        EXPECT_EQ(k.lap, 2);
+        EXPECT_EQ(seen.size(), n + 1);
+    }
+}
 
 }  // namespace
