@@ -114,7 +114,8 @@ struct sGokart {
     unsigned int countlaps();  // the checkpoint reached
     void placeonroad(unsigned int checkpoint);
     // Back on the road after a crash (kart/rescue.cpp): at rest in the middle
-    // of the pair last reached, facing on round, or on its grid place before
+    // of the pair last reached (set back a little where the nose would reach
+    // the next pair from there), facing on round; on its grid place before
     // the line is first crossed. Lap, checkpoint and lap times stay.
     void rescue();
     float playengine();  // the loudness divisor of this kart's sounds; 0 without sound

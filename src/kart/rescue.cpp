@@ -67,10 +67,11 @@ void sGokart::rescue() {
         gridslot(ID, px, pz);
         ay = 0;
     } else {
-        // The middle of the pair last reached, facing on round. The nose's
-        // sensor must not find the next pair from there, or the rest of the
-        // lap would begin without driving it: where it would, the kart is
-        // set back along the road until the nose sees this pair again.
+        // The middle of the pair last reached, facing on round. From there
+        // the nose's sensor must not find the next pair, or that checkpoint
+        // would count on the next frame without the kart driving to it:
+        // where pairs stand close it would, and the kart is set back along
+        // the road, a step at a time, until it no longer does.
         const unsigned int c = checkpoint % n;
         const sTrackPoint m = middle(c), d = alongcircuit(c, n);
         ay = (float)(DEG_PER_RAD * atan2(-d.x, -d.z));
