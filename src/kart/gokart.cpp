@@ -226,8 +226,7 @@ void sGokart::init(unsigned char id) {
     memset(lrSlide, 0, sizeof lrSlide);
     memset(rrSlide, 0, sizeof rrSlide);
 
-    px = track.trackscale * TRACK_GANTRY_X - s.chasiswidth + 2 * s.chasiswidth * (float)(ID % 2);
-    pz = 20.0f - 2 * (float)ID * s.chasisfront;
+    gridslot(ID, px, pz);
 
     // slidediff keeps the last race's value: the first move() recomputes it.
     ay = may = sw_ay = 0;

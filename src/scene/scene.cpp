@@ -110,6 +110,19 @@ void driveKarts(unsigned int n) {
         }
 }
 
+// Backspace, and u for player 2, put a wedged kart back on the road: once a
+// press, so that a key held down does not keep the kart from driving off.
+bool rescueHeld[2];
+
+void rescueKarts() {
+    const int keys[2] = {SDLK_BACKSPACE, SDLK_u};
+    for (unsigned int p = 0; p < 2; p++) {
+        const bool down = keyboard.key[keys[p]] && p < config.nhumanplayers;
+        if (down && !rescueHeld[p]) gokart[p].rescue();
+        rescueHeld[p] = down;
+    }
+}
+
 // The kart the camera follows.
 unsigned int aimCamera(const sCamera& target) {
     camera.setmode();
@@ -279,6 +292,7 @@ void drawScene() {
     const bool running = !racepause.paused;
     if (running) {
         runStartClock();
+        rescueKarts();
         driveKarts(n);
     }
     unsigned int focus = running ? aimCamera(target) : followedKart();
