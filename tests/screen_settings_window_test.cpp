@@ -147,7 +147,7 @@ TEST_F(ScreenSettingsWindow, ChangesMadeInTheWindowLandInTheFile) {
     want[11] = 0;
     want[5] = 1;
     want[12] = 10;
-    ASSERT_EQ(v.size(), 16u);
+    ASSERT_EQ(v.size(), (size_t)bvset::kCount);
     for (int i = 0; i < 16; i++) EXPECT_EQ(v[i], want[i]) << bvset::settings()[i].name;
 }
 

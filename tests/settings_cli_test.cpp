@@ -68,7 +68,7 @@ TEST_F(SettingsCli, ShowPrintsTheSixteenSettingsInTheGamesOrder) {
     Result r = settingsProgram("--show");
     ASSERT_EQ(r.status, 0) << r.err;
     std::vector<std::string> l = lines(r.out);
-    ASSERT_EQ(l.size(), 16u) << r.out;
+    ASSERT_EQ(l.size(), (size_t)bvset::kCount) << r.out;
     for (int i = 0; i < 16; i++)
         EXPECT_EQ(l[i].substr(0, l[i].find(' ')), std::string(kNames[i]) + "=" + std::to_string(kShipped[i]));
     EXPECT_NE(l[0].find("1024x768"), std::string::npos);
@@ -83,7 +83,7 @@ TEST_F(SettingsCli, SetsEachOfTheSixteenAndLeavesTheOthers) {
         Result r = settingsProgram("--set " + std::string(kNames[i]) + "=" + std::to_string(value));
         ASSERT_EQ(r.status, 0) << kNames[i] << ": " << r.err;
         std::vector<int> v = numbers(readFile("Data/config.bvd"));
-        ASSERT_EQ(v.size(), 16u);
+        ASSERT_EQ(v.size(), (size_t)bvset::kCount);
         for (int k = 0; k < 16; k++) EXPECT_EQ(v[k], k == i ? value : kShipped[k]) << kNames[i] << " entry " << k;
         EXPECT_NE(settingsProgram("--show").out.find(std::string(kNames[i]) + "=" + std::to_string(value) + " "),
                   std::string::npos);
@@ -193,7 +193,7 @@ TEST_F(SettingsCli, ReadsAShortFileTheWayTheGameDoes) {
     ASSERT_EQ(r.status, 0);
     EXPECT_NE(r.err.find("only 11 of the 16"), std::string::npos) << r.err;
     std::vector<std::string> l = lines(r.out);
-    ASSERT_EQ(l.size(), 16u);
+    ASSERT_EQ(l.size(), (size_t)bvset::kCount);
     for (int i = 11; i < 16; i++) EXPECT_EQ(l[i].substr(0, l[i].find(' ')), std::string(kNames[i]) + "=1");
     blackbox.init("Data/blackbox.bvd", false);
     ASSERT_TRUE(config.init("Data/config.bvd"));
