@@ -761,7 +761,7 @@ void sGokart::pedal() {
     const sGokartStaticData& s = gokartstaticdata;
     const float fps = performance.fps;
     if (config.joysticksteering && followedhuman()) {
-        float y = -((float)joystick.y / 32000.0f - 1) * 45;
+        float y = joystick.pedal(kUP, kDOWN);
         pedal_up += (y - pedal_up) * 20 / fps;
         if (pedal_up < 0) pedal_up = 0;
         pedal_down -= (y + pedal_down) * 20 / fps;

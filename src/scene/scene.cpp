@@ -19,6 +19,7 @@
 #include "scene/pause.h"
 #include "scene/shader.h"
 #include "shell/bvconfig.h"
+#include "shell/joystick.h"
 #include "shell/keyboard.h"
 #include "shell/performance.h"
 #include "track/track.h"
@@ -90,8 +91,9 @@ void driveKarts(unsigned int n) {
         gokart[0].kRIGHT = keyboard.key[SDLK_RIGHT];
         // Steering is free on the grid; the pedals wait for the start.
         if (t > 2.0f) {
-            gokart[0].kUP = keyboard.key[SDLK_UP];
-            gokart[0].kDOWN = keyboard.key[SDLK_DOWN];
+            // The pad's first two buttons are these arrows.
+            gokart[0].kUP = keyboard.key[SDLK_UP] || joystick.firstbutton;
+            gokart[0].kDOWN = keyboard.key[SDLK_DOWN] || joystick.secondbutton;
         }
         gokart[0].move();
     }
