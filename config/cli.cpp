@@ -12,9 +12,9 @@ int show(const std::string& path, FILE* out, FILE* err) {
         fprintf(err, "brontevalle-config: cannot read %s\n", r.error.c_str());
         return 1;
     }
-    if (r.entries < kCount)
+    if (r.entries < kRequired)
         fprintf(err, "brontevalle-config: %s holds only %d of the %d settings; the game repeats the last value read for the rest, as shown\n",
-                path.c_str(), r.entries, kCount);
+                path.c_str(), r.entries, kRequired);
     for (int i = 0; i < kCount; i++) {
         std::string left = std::string(settings()[i].name) + "=" + std::to_string(r.values[i]);
         fprintf(out, "%-22s %s\n", left.c_str(), meaning(i, r.values[i]).c_str());

@@ -9,7 +9,7 @@
 
 namespace bvset {
 
-// Prints the sixteen settings of the file as NAME=VALUE with what each means.
+// Prints the settings of the file as NAME=VALUE with what each means.
 // Returns the exit status: 0, or 1 when the file cannot be read.
 int show(const std::string& path, FILE* out, FILE* err);
 

@@ -24,7 +24,7 @@ const char kHelp[] =
     "\n"
     "  --file PATH      the settings file (default: Data/config.bvd below the current\n"
     "                   directory, where the game reads it)\n"
-    "  --show           print the sixteen settings, NAME=VALUE and what the value means\n"
+    "  --show           print the settings, NAME=VALUE and what the value means\n"
     "  --set NAME=VALUE change settings; a value out of range changes nothing and\n"
     "                   ends with status 2. Steps may be given by name, e.g.\n"
     "                   resolution=1280x960, kartshadows=blobs, music=off\n"

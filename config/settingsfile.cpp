@@ -1,4 +1,4 @@
-// Reading, checking and writing the sixteen settings of Data/config.bvd for the settings program.
+// Reading, checking and writing the settings of Data/config.bvd for the settings program.
 
 #include "settingsfile.h"
 
@@ -69,6 +69,7 @@ std::string meaning(int index, int value) {
     case 0: return "not a listed resolution; the game opens at 1024x768";
     case 1: return "the game takes it as 32 bits";
     case 2: return "the game takes it as full";
+    case bvlines::JOYSTICKDEADZONE: return "the game takes it as " + std::to_string(normalised(index, value)) + s.unit;
     default: return "outside " + std::to_string(s.min) + ".." + std::to_string(s.max);
     }
 }
@@ -142,9 +143,17 @@ ReadResult read(const std::string& path) {
     // numbers at all reads as zeros).
     char label[256];
     int v = 0;
-    for (int i = 0; i < kCount; i++) {
+    for (int i = 0; i < bvlines::kRequired; i++) {
         if (fscanf(f, "%255s%d", label, &v) == 2) r.entries++;
         r.values[i] = v;
+    }
+    // A line added later that the file does not have is its shipped value.
+    for (int i = bvlines::kRequired; i < kCount; i++) {
+        r.values[i] = settings()[i].fallback;
+        if (fscanf(f, "%255s%d", label, &v) == 2) {
+            r.entries++;
+            r.values[i] = v;
+        }
     }
     fclose(f);
     r.ok = true;

@@ -2,7 +2,8 @@
 #define BV_CONFIG_SETTINGSFILE_H
 
 // The player's settings file, Data/config.bvd, as the settings program sees it:
-// sixteen "label value" entries that the game takes by position. Kept apart
+// "label value" entries that the game takes by position, sixteen that every
+// file holds and the later ones that older files lack. Kept apart
 // from the window so that the command line and the tests use the same rules.
 
 #include <array>
@@ -13,12 +14,13 @@
 namespace bvset {
 
 const int kCount = bvlines::kCount;
+const int kRequired = bvlines::kRequired;
 
 using Kind = bvlines::Kind;
 using Setting = bvlines::Line;
 using bvlines::nsteps;
 
-// The sixteen settings in the order the game reads them.
+// The settings in the order the game reads them.
 const std::array<Setting, kCount>& settings();
 // Index of a setting by name, or -1.
 int find(const std::string& name);
@@ -44,15 +46,16 @@ bool parseAssignment(const std::string& text, int* index, int* value, std::strin
 struct ReadResult {
     bool ok = false;      // the file could be opened
     std::string error;    // why not
-    int entries = 0;      // entries that held a number
+    int entries = 0;      // entries that held a number; a file of the first sixteen alone is complete
     Values values{};
 };
 
 // Reads the file the way the game does: each entry a word and a decimal
-// number, by position; a short or damaged file repeats the last number read.
+// number, by position; a short or damaged file repeats the last number read
+// for the first sixteen, and a line added later that it lacks is its shipped value.
 ReadResult read(const std::string& path);
 
-// Writes the sixteen labelled lines into a temporary file beside path, then
+// Writes all the labelled lines into a temporary file beside path, then
 // renames it over path, so the game never sees half a file.
 bool write(const std::string& path, const Values& values, std::string* error);
 

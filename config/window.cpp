@@ -26,7 +26,7 @@ struct App {
 struct Dependent {
     int setting, on;
 };
-const Dependent kDependents[] = {{7, 6}, {9, 8}, {12, 11}};
+const Dependent kDependents[] = {{7, 6}, {9, 8}, {12, 11}, {16, 13}};
 
 int valueOf(App& app, int i) {
     const bvset::Setting& s = bvset::settings()[i];
@@ -143,6 +143,7 @@ const char* kMnemonics[bvset::kCount] = {
     "_Kart shadows",      "_Track shadows",       "Sound _effects", "Sound effects vol_ume",
     "_Music",             "Music v_olume",        "_Brightness",    "Mouse steerin_g",
     "Mouse se_nsitivity", "_Joystick steering",   "Lens _flare",    "Sk_id marks",
+    "Joystick dead _zone",
 };
 
 struct Section {
@@ -201,7 +202,7 @@ void addSettings(App& app, GtkWidget* outer, const bvset::ReadResult& read) {
     gtk_box_pack_start(GTK_BOX(outer), columns, TRUE, TRUE, 0);
     const std::vector<std::vector<Section>> layout = {
         {{"Screen", {0, 1, 10}}, {"Detail", {2, 3, 4, 5, 14, 15}}},
-        {{"Sound", {6, 7, 8, 9}}, {"Steering", {11, 12, 13}}},
+        {{"Sound", {6, 7, 8, 9}}, {"Steering", {11, 12, 13, 16}}},
     };
     for (const std::vector<Section>& column : layout) {
         GtkWidget* grid = gtk_grid_new();
@@ -262,9 +263,9 @@ void noteHowTheFileRead(App& app, const bvset::ReadResult& read) {
         return;
     }
     std::string note;
-    if (read.entries < bvset::kCount)
+    if (read.entries < bvset::kRequired)
         note = "The settings file holds only " + std::to_string(read.entries) + " of the " +
-               std::to_string(bvset::kCount) + " settings; the rest are shown as the game reads them.";
+               std::to_string(bvset::kRequired) + " settings; the rest are shown as the game reads them.";
     std::string odd;
     for (int i = 0; i < bvset::kCount; i++)
         if (!bvset::inRange(i, read.values[i])) odd += std::string(odd.empty() ? "" : ", ") + bvset::settings()[i].name;

@@ -315,6 +315,53 @@ TEST_F(ConfigTest, GarbageSettingsNeverOverrun) {
     EXPECT_EQ(config.width, 640u);
 }
 
+// The joystick's dead zone is a seventeenth line that older files lack.
+TEST_F(ConfigTest, SixteenLinesLeaveTheDeadZoneAtEightPercent) {
+    ASSERT_TRUE(load(settings(kDefaults)));
+    EXPECT_EQ(config.joystickdeadzone, 8u);
+    EXPECT_EQ(config.skidmarks, 1u);
+    writeFile("Data/config.bvd", readFile(std::string(BV_SOURCE_DIR) + "/data/config.bvd"));
+    ASSERT_TRUE(config.init("Data/config.bvd"));
+    EXPECT_EQ(config.joystickdeadzone, 8u);
+}
+
+TEST_F(ConfigTest, TheSeventeenthLineIsTheDeadZone) {
+    for (int percent : {0, 1, 17, 30}) {
+        ASSERT_TRUE(load(settings(kDefaults) + "joystickdeadzone(percent) " + std::to_string(percent) + "\n"));
+        EXPECT_EQ(config.joystickdeadzone, (unsigned int)percent);
+        EXPECT_EQ(config.skidmarks, 1u);
+        EXPECT_EQ(config.width, 1024u);
+    }
+}
+
+// Like the settings program's window shows it: the nearer end of 0..30.
+TEST_F(ConfigTest, ADeadZoneOutsideItsRangeIsTheNearerEnd) {
+    ASSERT_TRUE(load(settings(kDefaults) + "joystickdeadzone 31\n"));
+    EXPECT_EQ(config.joystickdeadzone, 30u);
+    ASSERT_TRUE(load(settings(kDefaults) + "joystickdeadzone 5000000\n"));
+    EXPECT_EQ(config.joystickdeadzone, 30u);
+    ASSERT_TRUE(load(settings(kDefaults) + "joystickdeadzone -1\n"));
+    EXPECT_EQ(config.joystickdeadzone, 0u);
+    ASSERT_TRUE(load(settings(kDefaults) + "joystickdeadzone soft\n"));
+    EXPECT_EQ(config.joystickdeadzone, 8u);
+}
+
+// A short file repeats its last number for the sixteen, never for the dead zone.
+TEST_F(ConfigTest, AShortFileDoesNotRepeatIntoTheDeadZone) {
+    ASSERT_TRUE(load("resolution 1\ndepth 1\nview 2\ndetail 20\n"));
+    EXPECT_EQ(config.skidmarks, 20u);
+    EXPECT_EQ(config.joystickdeadzone, 8u);
+    ASSERT_TRUE(load(""));
+    EXPECT_EQ(config.skidmarks, 0u);
+    EXPECT_EQ(config.joystickdeadzone, 8u);
+}
+
+TEST_F(ConfigTest, AMissingFileLeavesTheDeadZoneAtEightPercent) {
+    config.joystickdeadzone = 0;
+    EXPECT_FALSE(config.init("Data/config.bvd"));
+    EXPECT_EQ(config.joystickdeadzone, 8u);
+}
+
 TEST(FileSize, CountsOneMoreThanTheLengthInKilobytes) {
     ScratchDir dir;
     writeFile("empty", "");

@@ -140,3 +140,54 @@ TEST_F(ScreenMenu, TheOpponentCountIsTheKartsLessOne) {
 }
 
 }  // namespace
+
+namespace {
+
+// The window's pixels, rows from the bottom.
+std::vector<unsigned char> readWindow() {
+    std::vector<unsigned char> rgb(1024 * 768 * 3);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, 1024, 768, GL_RGB, GL_UNSIGNED_BYTE, rgb.data());
+    return rgb;
+}
+
+// Every line of the Credits list is written on the panel of its picture:
+// each row the screen's texts change crosses the panel (its dark blue just
+// inside its left edge, where the valley shows outside it), and no text
+// reaches the panel's sides.
+TEST_F(ScreenMenu, EveryCreditsLineStandsOnThePanel) {
+    menu.m = MENU_CREDITS;
+    frame();
+    const std::vector<unsigned char> screen = readWindow();
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    resizeGLwindow2D(1, 1);
+    glColor3f(1, 1, 1);
+    glEnable(GL_TEXTURE_2D);
+    glBindTexture(GL_TEXTURE_2D, menu.tgaCredits);
+    unitquad(0, 0, 1, 1);
+    glDisable(GL_TEXTURE_2D);
+    glFinish();
+    const std::vector<unsigned char> picture = readWindow();
+
+    auto isPanel = [&](int x, int y) {
+        const unsigned char* p = &picture[(y * 1024 + x) * 3];
+        return p[0] < 80 && p[1] < 80 && p[2] < 100 && p[2] >= p[1] && p[2] >= p[0];
+    };
+    int written = 0, offPanel = 0, lowest = 768;
+    // Left of x 215 stands the back button, drawn over the picture.
+    for (int y = 0; y < 768; y++)
+        for (int x = 215; x < 1024; x++) {
+            const unsigned char* s = &screen[(y * 1024 + x) * 3];
+            const unsigned char* p = &picture[(y * 1024 + x) * 3];
+            if (abs(s[0] - p[0]) + abs(s[1] - p[1]) + abs(s[2] - p[2]) < 60) continue;
+            written++;
+            lowest = std::min(lowest, y);
+            if (!isPanel(232, y) || x < 232 || x > 792) offPanel++;
+        }
+    // The list reaches far down the screen: 26 lines, the last at y 0.15.
+    EXPECT_GT(written, 5000);
+    EXPECT_LT(lowest, 130);
+    EXPECT_EQ(offPanel, 0) << "of " << written << " written pixels; lowest row " << lowest;
+}
+
+}  // namespace

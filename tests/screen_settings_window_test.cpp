@@ -147,8 +147,41 @@ TEST_F(ScreenSettingsWindow, ChangesMadeInTheWindowLandInTheFile) {
     want[11] = 0;
     want[5] = 1;
     want[12] = 10;
-    ASSERT_EQ(v.size(), 16u);
+    ASSERT_EQ(v.size(), (size_t)bvset::kCount);
     for (int i = 0; i < 16; i++) EXPECT_EQ(v[i], want[i]) << bvset::settings()[i].name;
+}
+
+// A file from before the joystick's dead zone: the window offers the zone at
+// 8 %, beside joystick steering, and saving writes it as the seventeenth line.
+TEST_F(ScreenSettingsWindow, ASixteenLineFileGainsTheDeadZoneOnSave) {
+    std::string text = bvset::format(unusual());
+    text = text.substr(0, text.find("joystickdeadzone"));
+    writeFile("Data/config.bvd", text);
+    ASSERT_EQ(lines(text).size(), 16u);
+    SettingsWindow w({});
+    ASSERT_FALSE(w.window().empty()) << w.errors();
+    screenshot("settings-window-deadzone.png");
+    w.keys("alt+s");
+    ASSERT_EQ(w.wait(), 0);
+    EXPECT_EQ(readFile("Data/config.bvd"), text + "joystickdeadzone(percent) 8\n");
+}
+
+TEST_F(ScreenSettingsWindow, TheDeadZoneIsChangedInTheWindow) {
+    SettingsWindow w({});
+    ASSERT_FALSE(w.window().empty()) << w.errors();
+    // joystick steering off (it is on in the file): the zone dims; on again,
+    // and the zone to its widest
+    w.keys("alt+j");
+    screenshot("settings-window-deadzone-dimmed.png");
+    w.keys("alt+j alt+z End");
+    screenshot("settings-window-deadzone-changed.png");
+    w.keys("alt+s");
+    ASSERT_EQ(w.wait(), 0);
+    std::vector<int> v = numbers(readFile("Data/config.bvd"));
+    bvset::Values want = unusual();
+    want[16] = 30;
+    ASSERT_EQ(v.size(), 17u);
+    for (int i = 0; i < 17; i++) EXPECT_EQ(v[i], want[i]) << bvset::settings()[i].name;
 }
 
 TEST_F(ScreenSettingsWindow, CancelLeavesTheFileUntouched) {

@@ -68,7 +68,7 @@ TEST_F(SettingsCli, ShowPrintsTheSixteenSettingsInTheGamesOrder) {
     Result r = settingsProgram("--show");
     ASSERT_EQ(r.status, 0) << r.err;
     std::vector<std::string> l = lines(r.out);
-    ASSERT_EQ(l.size(), 16u) << r.out;
+    ASSERT_EQ(l.size(), (size_t)bvset::kCount) << r.out;
     for (int i = 0; i < 16; i++)
         EXPECT_EQ(l[i].substr(0, l[i].find(' ')), std::string(kNames[i]) + "=" + std::to_string(kShipped[i]));
     EXPECT_NE(l[0].find("1024x768"), std::string::npos);
@@ -83,7 +83,7 @@ TEST_F(SettingsCli, SetsEachOfTheSixteenAndLeavesTheOthers) {
         Result r = settingsProgram("--set " + std::string(kNames[i]) + "=" + std::to_string(value));
         ASSERT_EQ(r.status, 0) << kNames[i] << ": " << r.err;
         std::vector<int> v = numbers(readFile("Data/config.bvd"));
-        ASSERT_EQ(v.size(), 16u);
+        ASSERT_EQ(v.size(), (size_t)bvset::kCount);
         for (int k = 0; k < 16; k++) EXPECT_EQ(v[k], k == i ? value : kShipped[k]) << kNames[i] << " entry " << k;
         EXPECT_NE(settingsProgram("--show").out.find(std::string(kNames[i]) + "=" + std::to_string(value) + " "),
                   std::string::npos);
@@ -193,7 +193,7 @@ TEST_F(SettingsCli, ReadsAShortFileTheWayTheGameDoes) {
     ASSERT_EQ(r.status, 0);
     EXPECT_NE(r.err.find("only 11 of the 16"), std::string::npos) << r.err;
     std::vector<std::string> l = lines(r.out);
-    ASSERT_EQ(l.size(), 16u);
+    ASSERT_EQ(l.size(), (size_t)bvset::kCount);
     for (int i = 11; i < 16; i++) EXPECT_EQ(l[i].substr(0, l[i].find(' ')), std::string(kNames[i]) + "=1");
     blackbox.init("Data/blackbox.bvd", false);
     ASSERT_TRUE(config.init("Data/config.bvd"));
@@ -210,6 +210,76 @@ TEST_F(SettingsCli, ValuesOutsideTheRangeAreShownAsTheGameUsesThem) {
     ASSERT_EQ(r.status, 0);
     EXPECT_NE(r.out.find("resolution=7"), std::string::npos);
     EXPECT_NE(r.out.find("1024x768"), std::string::npos);
+}
+
+// The shipped file without its seventeenth line: a file from before the
+// joystick's dead zone.
+std::string sixteenLines() {
+    std::string text = shipped();
+    size_t cut = text.find("joystickdeadzone");
+    return cut == std::string::npos ? text : text.substr(0, cut);
+}
+
+TEST_F(SettingsCli, ASixteenLineFileShowsTheDeadZoneAtEightAndIsComplete) {
+    writeFile("Data/config.bvd", sixteenLines());
+    ASSERT_EQ(lines(readFile("Data/config.bvd")).size(), 16u);
+    Result r = settingsProgram("--show");
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.err, "");
+    std::vector<std::string> l = lines(r.out);
+    ASSERT_EQ(l.size(), 17u) << r.out;
+    EXPECT_EQ(l[16].substr(0, l[16].find(' ')), "joystickdeadzone=8");
+    EXPECT_NE(l[16].find("8%"), std::string::npos) << l[16];
+}
+
+TEST_F(SettingsCli, SettingASixteenLineFileWritesTheSeventeenth) {
+    writeFile("Data/config.bvd", sixteenLines());
+    ASSERT_EQ(settingsProgram("--set brightness=40").status, 0);
+    std::string text = readFile("Data/config.bvd");
+    std::vector<int> v = numbers(text);
+    ASSERT_EQ(v.size(), 17u);
+    for (int k = 0; k < 16; k++) EXPECT_EQ(v[k], k == 10 ? 40 : kShipped[k]) << kNames[k];
+    EXPECT_EQ(lines(text)[16], "joystickdeadzone(percent) 8");
+}
+
+TEST_F(SettingsCli, SetsTheDeadZoneAndLeavesTheOthers) {
+    Result r = settingsProgram("--set joystickdeadzone=21");
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "joystickdeadzone=21 (21%)\n");
+    std::vector<int> v = numbers(readFile("Data/config.bvd"));
+    ASSERT_EQ(v.size(), 17u);
+    for (int k = 0; k < 16; k++) EXPECT_EQ(v[k], kShipped[k]) << kNames[k];
+    EXPECT_EQ(v[16], 21);
+    EXPECT_NE(settingsProgram("--show").out.find("joystickdeadzone=21 "), std::string::npos);
+    for (int edge : {0, 30}) {
+        ASSERT_EQ(settingsProgram("--set joystickdeadzone=" + std::to_string(edge)).status, 0);
+        EXPECT_EQ(numbers(readFile("Data/config.bvd"))[16], edge);
+    }
+}
+
+TEST_F(SettingsCli, RefusesADeadZoneOutsideZeroToThirtyAndKeepsTheFile) {
+    for (const char* bad : {"31", "-1", "100", "soft"}) {
+        Result r = settingsProgram(std::string("--set joystickdeadzone=") + bad);
+        EXPECT_EQ(r.status, 2) << bad;
+        EXPECT_NE(r.err.find("joystickdeadzone"), std::string::npos) << r.err;
+        EXPECT_NE(r.err.find("0..30"), std::string::npos) << r.err;
+        EXPECT_EQ(readFile("Data/config.bvd"), shipped()) << bad;
+    }
+}
+
+TEST_F(SettingsCli, ADeadZoneOutsideTheRangeIsShownAsTheGameUsesIt) {
+    writeFile("Data/config.bvd", sixteenLines() + "joystickdeadzone(percent) 45\n");
+    Result r = settingsProgram("--show");
+    ASSERT_EQ(r.status, 0);
+    EXPECT_NE(r.out.find("joystickdeadzone=45 "), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find("the game takes it as 30%"), std::string::npos) << r.out;
+    blackbox.init("Data/blackbox.bvd", false);
+    ASSERT_TRUE(config.init("Data/config.bvd"));
+    EXPECT_EQ(config.joystickdeadzone, 30u);
+    writeFile("Data/config.bvd", sixteenLines() + "joystickdeadzone(percent) -3\n");
+    EXPECT_NE(settingsProgram("--show").out.find("the game takes it as 0%"), std::string::npos);
+    ASSERT_TRUE(config.init("Data/config.bvd"));
+    EXPECT_EQ(config.joystickdeadzone, 0u);
 }
 
 // What the game makes of what the program writes, through the game's reader.
@@ -286,6 +356,14 @@ TEST_F(SettingsRoundTrip, EveryOtherSettingLandsInItsField) {
     EXPECT_EQ(config.width, 1024u);
     EXPECT_EQ(config.soundvolume, 255u);
     EXPECT_EQ(config.musicvolume, 204u);
+}
+
+TEST_F(SettingsRoundTrip, TheDeadZoneReachesTheGame) {
+    for (int percent : {0, 13, 30}) {
+        set("joystickdeadzone=" + std::to_string(percent));
+        EXPECT_EQ(config.joystickdeadzone, (unsigned int)percent);
+        EXPECT_EQ(config.skidmarks, 1u);
+    }
 }
 
 TEST(SettingsCliHelp, HelpNamesTheOptions) {

@@ -403,6 +403,14 @@ signed char FSOUND_SetPaused(int channel, signed char paused) {
     });
 }
 
+signed char FSOUND_GetPaused(int channel) {
+    int c = resolve(channel);
+    if (c < 0) return 0;
+    ALint state;
+    alGetSourcei(channels[c].source, AL_SOURCE_STATE, &state);
+    return state == AL_PAUSED ? 1 : 0;
+}
+
 void FSOUND_SetSFXMasterVolume(int volume) {
     if (!context) return;
     if (volume < 0) volume = 0;

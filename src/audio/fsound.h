@@ -36,6 +36,7 @@ signed char FSOUND_SetVolume(int channel, int volume);
 signed char FSOUND_SetFrequency(int channel, int frequency);
 signed char FSOUND_SetPan(int channel, int pan);
 signed char FSOUND_SetPaused(int channel, signed char paused);
+signed char FSOUND_GetPaused(int channel);
 void FSOUND_SetSFXMasterVolume(int volume);
 
 #endif

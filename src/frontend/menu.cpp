@@ -460,17 +460,21 @@ void sMenu::credits() {
         y -= step;
         fontTGA.out(0.5f, y, 1, 1, 1, FONT_ALIGN_CENTER, size, "%s", text);
     };
-    line(0, 0.02f, "Brontevalle by the Brontevalle team");
+    line(0, 0.02f, "Brontevalle by Ada Valdoni");
     line(0.05f, 0.015f, "Interface");
-    line(0.03f, 0.0125f, "The Brontevalle team");
+    line(0.03f, 0.0125f, "Teo Brambilla");
     line(0.05f, 0.015f, "Thanks to");
-    static const char* thanks[5] = {"SDL", "Mesa", "OpenAL Soft", "libsndfile", "FreeType"};
+    static const char* thanks[5] = {"The Millbrook millers", "Harbour Boat Club", "Pinewood rangers",
+                                    "Quarry Works canteen", "Riverside ferrymen"};
     for (int i = 0; i < 5; i++) line(i == 0 ? 0.03f : 0.0175f, 0.012f, thanks[i]);
     line(0.05f, 0.0125f, "Betatesters");
-    static const char* testers[16] = {"GoogleTest", "Xvfb",        "xdotool",     "ImageMagick",
-                                      "DejaVu fonts", "LAME",      "mpg123",      "GLU",
-                                      "X.Org",      "GCC",         "CMake",       "Debian",
-                                      "libvorbis",  "FLAC",        "Opus",        "zlib"};
+    // Drivers from round the valley, each with the circuit nearest home.
+    static const char* testers[16] = {"Lia Fontana, Riverside", "Marco Sassi, Quarry",   "Greta Olmo, Pinewood",
+                                      "Ivo Carraro, Millbrook", "Nora Pini, Pinewood",   "Bruno Lago, Harbour",
+                                      "Elsa Ponte, Riverside",  "Dario Rocca, Quarry",   "Vera Molino, Millbrook",
+                                      "Ugo Riva, Harbour",      "Sofia Bosco, Pinewood", "Piero Cava, Quarry",
+                                      "Anna Porto, Harbour",    "Luca Valle, Millbrook", "Irene Abete, Pinewood",
+                                      "Tino Barca, Riverside"};
     for (int i = 0; i < 16; i++) line(i == 0 ? 0.025f : 0.015f, 0.01f, testers[i]);
     backbutton(tgaCredits);
 }

@@ -226,8 +226,7 @@ void sGokart::init(unsigned char id) {
     memset(lrSlide, 0, sizeof lrSlide);
     memset(rrSlide, 0, sizeof rrSlide);
 
-    px = track.trackscale * TRACK_GANTRY_X - s.chasiswidth + 2 * s.chasiswidth * (float)(ID % 2);
-    pz = 20.0f - 2 * (float)ID * s.chasisfront;
+    gridslot(ID, px, pz);
 
     // slidediff keeps the last race's value: the first move() recomputes it.
     ay = may = sw_ay = 0;
@@ -762,7 +761,7 @@ void sGokart::pedal() {
     const sGokartStaticData& s = gokartstaticdata;
     const float fps = performance.fps;
     if (config.joysticksteering && followedhuman()) {
-        float y = -((float)joystick.y / 32000.0f - 1) * 45;
+        float y = joystick.pedal(kUP, kDOWN);
         pedal_up += (y - pedal_up) * 20 / fps;
         if (pedal_up < 0) pedal_up = 0;
         pedal_down -= (y + pedal_down) * 20 / fps;

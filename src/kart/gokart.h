@@ -113,6 +113,11 @@ struct sGokart {
     void move();
     unsigned int countlaps();  // the checkpoint reached
     void placeonroad(unsigned int checkpoint);
+    // Back on the road after a crash (kart/rescue.cpp): at rest in the middle
+    // of the pair last reached (set back a little where the nose would reach
+    // the next pair from there), facing on round; on its grid place before
+    // the line is first crossed. Lap, checkpoint and lap times stay.
+    void rescue();
     float playengine();  // the loudness divisor of this kart's sounds; 0 without sound
     void steer();
     void pedal();
@@ -150,6 +155,9 @@ struct sGokart {
 
 extern sGokartStaticData gokartstaticdata;
 extern sGokart gokart[GOKART_NKARTS];
+
+// Where kart id stands on the grid.
+void gridslot(unsigned int id, float& x, float& z);
 
 // The karts in this race: the setting, as far as gokart[] holds them.
 unsigned int racingKarts();

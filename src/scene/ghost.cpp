@@ -9,6 +9,7 @@
 #include <string>
 
 #include "kart/gokart.h"
+#include "scene/pause.h"
 #include "shell/bvconfig.h"
 #include "shell/performance.h"
 #include "shell/safesave.h"
@@ -77,6 +78,19 @@ void sGhost::pose(float* x, float* z, float* heading) const {
 }
 
 void sGhost::draw() {
+    show();
+    // Same clock as the recording, so the replay keeps the recorded pace.
+    if (timer[1] >= 1.0f) {
+        if (mRec < nRecs[1] - 1) {
+            timer[1] -= 1.0f;
+            mRec++;
+        }
+    } else {
+        timer[1] += 30.0f / performance.fps;
+    }
+}
+
+void sGhost::show() const {
     if (nRecs[1] > 0) {
         float x, z, a;
         pose(&x, &z, &a);
@@ -89,15 +103,6 @@ void sGhost::draw() {
         glCallList(gokartstaticdata.SLOgokart3DS.LIST);
         glPopMatrix();
         glDisable(GL_BLEND);
-    }
-    // Same clock as the recording, so the replay keeps the recorded pace.
-    if (timer[1] >= 1.0f) {
-        if (mRec < nRecs[1] - 1) {
-            timer[1] -= 1.0f;
-            mRec++;
-        }
-    } else {
-        timer[1] += 30.0f / performance.fps;
     }
 }
 
@@ -143,6 +148,11 @@ void sGhost::save() {
 }
 
 void ghostframe() {
+    // A paused race shows the ghost where it stands.
+    if (racepause.paused) {
+        if (config.ghost && config.ngokarts == 1) ghost.show();
+        return;
+    }
     ghost.record();
     if (config.ghost && config.ngokarts == 1) ghost.draw();
 }

@@ -21,6 +21,8 @@ struct sGhost {
     void init();
     void record();
     void draw();
+    // The ghost where it stands, without playing on.
+    void show() const;
     void goodone();
     void badone();
     void save();

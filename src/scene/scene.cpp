@@ -16,9 +16,11 @@
 #include "scene/camera.h"
 #include "scene/ghost.h"
 #include "scene/lensflare.h"
+#include "scene/pause.h"
 #include "scene/shader.h"
 #include "scene/splits.h"
 #include "shell/bvconfig.h"
+#include "shell/joystick.h"
 #include "shell/keyboard.h"
 #include "shell/performance.h"
 #include "track/track.h"
@@ -61,6 +63,7 @@ void resetScene() {
     glLightfv(GL_LIGHT0, GL_POSITION, LightPosition);
     glEnable(GL_LIGHT0);
     glClearColor(0.525f, 0.525f, 0.5f, 1);
+    racepause.init();
     camera.init(CAMERA_CHASE, 26.01f, 1.5f, 22.0f, 0, 0, 0, 55);
     for (unsigned char i = 0; i < GOKART_NKARTS; i++) gokart[i].init(i);
     ghost.badone();
@@ -90,8 +93,9 @@ void driveKarts(unsigned int n) {
         gokart[0].kRIGHT = keyboard.key[SDLK_RIGHT];
         // Steering is free on the grid; the pedals wait for the start.
         if (t > 2.0f) {
-            gokart[0].kUP = keyboard.key[SDLK_UP];
-            gokart[0].kDOWN = keyboard.key[SDLK_DOWN];
+            // The pad's first two buttons are these arrows.
+            gokart[0].kUP = keyboard.key[SDLK_UP] || joystick.firstbutton;
+            gokart[0].kDOWN = keyboard.key[SDLK_DOWN] || joystick.secondbutton;
         }
         gokart[0].move();
     }
@@ -108,6 +112,19 @@ void driveKarts(unsigned int n) {
             gokart[i].think();
             gokart[i].move();
         }
+}
+
+// Backspace, and u for player 2, put a wedged kart back on the road: once a
+// press, so that a key held down does not keep the kart from driving off.
+bool rescueHeld[2];
+
+void rescueKarts() {
+    const int keys[2] = {SDLK_BACKSPACE, SDLK_u};
+    for (unsigned int p = 0; p < 2; p++) {
+        const bool down = keyboard.key[keys[p]] && p < config.nhumanplayers;
+        if (down && !rescueHeld[p]) gokart[p].rescue();
+        rescueHeld[p] = down;
+    }
 }
 
 // The kart the camera follows.
@@ -241,7 +258,9 @@ void drawOverlays(unsigned int focus) {
     frameStep("dial and texts");
     if (config.hud && camera.mode == CAMERA_DRIVER) gokart[focus].drawhud();
 
+    const float recordshown = highscore.thisnewrecorddelay;
     highscore.dispifnewrecord();
+    if (racepause.paused) highscore.thisnewrecorddelay = recordshown;  // no clock runs in a pause
 
     fontTGA.out(0.005f, 0.975f, 1, 1, 1, FONT_ALIGN_LEFT, 0.02f, "lap: %d", gokart[0].lap);
     fontTGA.out(0.5f, 0.975f, 1, 1, 1, FONT_ALIGN_CENTER, 0.02f, "time: %.2f", gokart[0].currentlaptime);
@@ -274,12 +293,19 @@ void drawScene() {
     const unsigned int n = racingKarts();
 
     FSOUND_SetSFXMasterVolume((int)config.soundvolume);
-    runStartClock();
-    driveKarts(n);
-    splits.update();
-    unsigned int focus = aimCamera(target);
+    racepause.keys();
+    const bool running = !racepause.paused;
+    if (running) {
+        runStartClock();
+        rescueKarts();
+        driveKarts(n);
+        splits.update();
+    }
+    unsigned int focus = running ? aimCamera(target) : followedKart();
     drawWorld(n);
     drawOverlays(focus);
+    racepause.draw();
+    racepause.rest();
     handleRaceKeys();
 }
 

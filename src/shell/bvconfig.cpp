@@ -50,6 +50,7 @@ void sConfig::defaults() {
     fog = 1;
     mousesteering = 1;
     mousesensitivity = 4;
+    joystickdeadzone = bvlines::kLines[bvlines::JOYSTICKDEADZONE].fallback;
     shadows = 1;
     trackshadows = 1;
     shadowprojectors = 0;
@@ -104,10 +105,14 @@ bool sConfig::init(const char* path) {
     // empty file therefore reads as all zeros).
     char label[256];
     int v = 0;
-    for (int line = 0; line < bvlines::kCount; line++) {
+    for (int line = 0; line < bvlines::kRequired; line++) {
         if (fscanf(f, "%255s%d", label, &v) != 2) { /* keep v */ }
         applysetting(line, v);
     }
+    // Files written before the later lines existed end here: what they lack
+    // keeps its shipped value.
+    for (int line = bvlines::kRequired; line < bvlines::kCount; line++)
+        if (fscanf(f, "%255s%d", label, &v) == 2) applysetting(line, v);
     fclose(f);
     blackbox.task("Initializing configuration", true);
 
@@ -180,6 +185,12 @@ void sConfig::applysetting(int line, int v) {
     case JOYSTICKSTEERING: joysticksteering = v; break;
     case LENSFLARE: lensflare = v; break;
     case SKIDMARKS: skidmarks = v; break;
+    case JOYSTICKDEADZONE: {
+        // Brought to the nearer end of its range, as the settings program shows it.
+        const Line& l = kLines[JOYSTICKDEADZONE];
+        joystickdeadzone = (unsigned int)(v < l.min ? l.min : v > l.max ? l.max : v);
+        break;
+    }
     }
 }
 

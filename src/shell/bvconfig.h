@@ -44,6 +44,7 @@ struct sConfig {
     unsigned int fog;
     unsigned int mousesteering;
     unsigned int joysticksteering;
+    unsigned int joystickdeadzone;       // percent of the stick's travel around its centre read as the centre, 0..30
     unsigned int mousesensitivity;       // mouse steering: wheel degrees per 100 pixels
     unsigned int shadows;                // kart shadows: 0 off, 1 blobs, 2 simple, 3 full
     unsigned int trackshadows;           // shadows of roadside objects on the track

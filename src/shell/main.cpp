@@ -15,6 +15,7 @@
 #include "frontend/menu.h"
 #include "scene/camera.h"
 #include "scene/lensflare.h"
+#include "scene/pause.h"
 #include "scene/scene.h"
 #include "scene/shader.h"
 #include "shell/blackbox.h"
@@ -268,7 +269,9 @@ void startup() {
 void handleEvent(const SDL_Event& event, bool& done) {
     switch (event.type) {
     case SDL_ACTIVEEVENT:
-        break;  // focus changes make no difference to the game
+        // A race stands still while the player is elsewhere; it waits for P to go on.
+        if (menu.m == MENU_RACING && losesRace(event.active)) racepause.hold();
+        break;
     case SDL_KEYDOWN: {
         unsigned int sym = event.key.keysym.sym;
         keyboard.buf(sym);

@@ -2,8 +2,9 @@
 #define BV_SHELL_SETTINGSLINES_H
 
 // The player's settings file, Data/config.bvd: sixteen "label value" lines,
-// taken by position. The game reads it and the settings program writes it;
-// this is the one description of the lines and of what their values stand for.
+// taken by position, and a seventeenth that older files do not have. The game
+// reads it and the settings program writes it; this is the one description of
+// the lines and of what their values stand for.
 
 #include <array>
 
@@ -29,7 +30,11 @@ struct Line {
     const char* hint;                // a sentence for the window, or nullptr
 };
 
-const int kCount = 16;
+const int kCount = 17;
+// Every file holds the first sixteen; a short one repeats its last number for
+// those it lacks. The lines after them were added later: a file without one
+// means its shipped value, never a repeated number.
+const int kRequired = 16;
 
 // The lines in the order of the file.
 enum Index {
@@ -49,6 +54,7 @@ enum Index {
     JOYSTICKSTEERING,
     LENSFLARE,
     SKIDMARKS,
+    JOYSTICKDEADZONE,
 };
 
 // The window of each resolution step, and how far ahead the track is drawn at
@@ -87,6 +93,8 @@ inline constexpr std::array<Line, kCount> kLines = {{
      nullptr},
     {"lensflare", "lensflare(0=off,1=on)", "Lens flare", Kind::Switch, 0, 1, 1, {"off", "on"}, "", nullptr},
     {"skidmarks", "skidmarks(0=off,1=on)", "Skid marks", Kind::Switch, 0, 1, 1, {"off", "on"}, "", nullptr},
+    {"joystickdeadzone", "joystickdeadzone(percent)", "Joystick dead zone", Kind::Range, 0, 30, 8, {}, "%",
+     "How far the stick moves from the centre before it steers or drives."},
 }};
 
 // How many named steps a line has (none for a Range).
@@ -94,6 +102,7 @@ constexpr int nsteps(const Line& line) {
     return line.kind == Kind::Range ? 0 : line.max - line.min + 1;
 }
 
+static_assert(JOYSTICKDEADZONE == kRequired && JOYSTICKDEADZONE + 1 == kCount, "the added line follows the sixteen");
 static_assert(kLines[RESOLUTION].max + 1 == 6 && kLines[VIEWDISTANCE].max + 1 == 4,
               "every resolution and view-distance step has its value");
 
