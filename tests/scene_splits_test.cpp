@@ -1,8 +1,8 @@
 // Split times in the race frame with the game's own content: kart 0, driven
 // by the arrow keys the test presses, races a best lap kept in the track's
 // ghost file, and the split appears under the lap time in green or red,
-// whether the ghost kart is drawn or not; never before the first timed lap,
-// nor after a restart.
+// whether the ghost kart is drawn or not, standing still in a pause; never
+// before the first timed lap, nor after a restart.
 
 #include <gtest/gtest.h>
 
@@ -18,6 +18,7 @@
 #include "frontend/menu.h"
 #include "kart/gokart.h"
 #include "scene/ghost.h"
+#include "scene/pause.h"
 #include "scene/scene.h"
 #include "scene/splits.h"
 #include "shell/angles.h"
@@ -165,7 +166,7 @@ TEST_F(SceneSplits, AheadOfASlowBestTheSplitIsGreenWithTheGhostDrawnOrNot) {
     }
 }
 
-TEST_F(SceneSplits, BehindAFastBestTheSplitIsRedAndARestartTakesItAway) {
+TEST_F(SceneSplits, BehindAFastBestTheSplitIsRedAPauseHoldsItAndARestartTakesItAway) {
     bestLap(6);
     config.ghost = 1;
     restart();
@@ -173,6 +174,21 @@ TEST_F(SceneSplits, BehindAFastBestTheSplitIsRedAndARestartTakesItAway) {
     EXPECT_GT(seen[0], 15);
     EXPECT_EQ(seen[1], 0);
     EXPECT_GT(splits.shown, 0.1f);
+    // Paused (P) for five seconds: the split stays, its time standing still.
+    const float left = splits.delay;
+    keyboard.key['p'] = true;
+    frame();
+    keyboard.key['p'] = false;
+    ASSERT_TRUE(racepause.paused);
+    for (int i = 0; i < 150; i++) frame();
+    EXPECT_FLOAT_EQ(splits.delay, left);
+    EXPECT_GT(under()[0], 15);
+    keyboard.key['p'] = true;
+    frame();
+    keyboard.key['p'] = false;
+    frame();
+    ASSERT_FALSE(racepause.paused);
+    EXPECT_LT(splits.delay, left);
     // Restarted with the split on screen: gone at once, and nothing until
     // the first split of a lap begun after the restart.
     restart();
