@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "e2e/e2e_fixtures.h"
+#include "shell/settingslines.h"
 
 using namespace e2e;
 using namespace bvtest;
@@ -106,7 +107,7 @@ TEST_F(Package, TheSettingsProgramRunsFromItsInstalledCommand) {
     std::string out;
     const std::string command = "env HOME='" + own + "' XDG_DATA_HOME= '" + root() + "/usr/games/brontevalle-config'";
     ASSERT_EQ(shell(command + " --show", &out), 0) << out;
-    EXPECT_EQ(lines(out).size(), 16u) << out;
+    EXPECT_EQ(lines(out).size(), (size_t)bvlines::kCount) << out;
     EXPECT_NE(out.find("resolution=2 "), std::string::npos) << out;
     EXPECT_EQ(readFile(own + "/.local/share/brontevalle/Data/config.bvd"), readFile(shared() + "/config.bvd"));
     ASSERT_EQ(shell(command + " --help", &out), 0) << out;
