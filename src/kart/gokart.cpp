@@ -17,6 +17,7 @@
 #include "shell/angles.h"
 #include "shell/bvconfig.h"
 #include "shell/joystick.h"
+#include "shell/kartfacts.h"
 #include "shell/mouse.h"
 #include "shell/main.h"
 #include "shell/performance.h"
@@ -71,7 +72,7 @@ const sColor PALETTE[GOKART_NCOLORS] = {
 };
 
 // Brings an angle into [-180, 180] with as many turns as it takes.
-float wrap180(float a) {
+float unwind180(float a) {
     // A heading run away to billions (a computer driver's wheel swinging
     // wider each frame at a very low frame rate) would never get there by
     // adding 360s: in single precision the sum stops changing.
@@ -106,8 +107,8 @@ unsigned int followedKart() {
 // ---- What all karts share: models, textures, sounds, driving constants ----
 
 void sGokartStaticData::init() {
-    chasiswidth = 1.24f;
-    chasisfront = 1.364f;
+    chasiswidth = kartfacts::kChasisWidth;
+    chasisfront = kartfacts::kChasisFront;
     chasisback = -0.154f;
     wheeltrack = 0.375f;
     wheelbase = 1.2f;
@@ -826,7 +827,7 @@ void sGokart::touchbarriers(float loudness) {
     float nx = (N[i].x + N[j].x) / 2, nz = (N[i].z + N[j].z) / 2;
     float w = KART_DEG_PER_RAD * (float)atan(nx / nz) + 180;
     if (nz < 0) w += 180;
-    float d = wrap180(ay - w);
+    float d = unwind180(ay - w);
     if (fabsf(d) >= 90)
         may = w - d + 180;
     else
