@@ -40,6 +40,14 @@ void shadowedPasses(float alpha, Draw draw, int ref = 1) {
     draw(1.0f, alpha);
 }
 
+// How every piece of the ground begins: over whatever the depth buffer
+// holds, textured, facing up, and through the stencil.
+void groundState() {
+    glDisable(GL_DEPTH_TEST);
+    glEnable(GL_TEXTURE_2D);
+    glNormal3f(0, 1, 0);
+    glEnable(GL_STENCIL_TEST);
+}
 
 // A band outside one barrier line from d0 to d1 outwards, its alpha going
 // from a0 to a1: across it the picture repeats with the distance from the
@@ -72,40 +80,31 @@ void band(const sTrackPoint* P, const sTrackPoint* N, const float* T, unsigned i
 void sTrack::buildGround() {
     if (LIST_ground && glIsList(LIST_ground)) glDeleteLists(LIST_ground, 6);
     LIST_ground = glGenLists(6);
-    glNewList(LIST_ground + 1, GL_COMPILE);
-    buildGroundBase(false);
-    glEndList();
-    glNewList(LIST_ground + 2, GL_COMPILE);
-    buildGroundCover(true);
-    glEndList();
-    glNewList(LIST_ground + 3, GL_COMPILE);
-    buildGroundBase(true);
-    glEndList();
-    glNewList(LIST_ground + 4, GL_COMPILE);
-    buildGroundCover(false);
-    glEndList();
-    glNewList(LIST_ground + 5, GL_COMPILE);
-    glDisable(GL_DEPTH_TEST);
-    glEnable(GL_TEXTURE_2D);
-    glNormal3f(0, 1, 0);
-    glEnable(GL_STENCIL_TEST);
-    glDisable(GL_CULL_FACE);
-    if (nLRpoints > 0) buildRoad(nLRpoints, true);
-    glEndList();
-    glNewList(LIST_ground, GL_COMPILE);
-    glCallList(LIST_ground + 1);
-    glCallList(LIST_ground + 2);
-    glEndList();
+    auto compile = [this](unsigned int k, auto build) {
+        glNewList(LIST_ground + k, GL_COMPILE);
+        build();
+        glEndList();
+    };
+    compile(1, [&] { buildGroundBase(false); });
+    compile(2, [&] { buildGroundCover(true); });
+    compile(3, [&] { buildGroundBase(true); });
+    compile(4, [&] { buildGroundCover(false); });
+    compile(5, [&] {
+        groundState();
+        glDisable(GL_CULL_FACE);
+        if (nLRpoints > 0) buildRoad(nLRpoints, true);
+    });
+    compile(0, [&] {
+        glCallList(LIST_ground + 1);
+        glCallList(LIST_ground + 2);
+    });
 }
 
 // The dirt under the whole track, opaque. With mark, every pixel it draws
 // gets stencil bit 2 (bit 1 is the shadows'), and it draws only where bit 2
 // is still clear: where the road, drawn first, has not covered the window.
 void sTrack::buildGroundBase(bool mark) {
-    glDisable(GL_DEPTH_TEST);
-    glEnable(GL_TEXTURE_2D);
-    glNormal3f(0, 1, 0);
-    glEnable(GL_STENCIL_TEST);
+    groundState();
     if (mark) {
         glStencilMask(2);
         glStencilOp(GL_KEEP, GL_KEEP, GL_INVERT);
@@ -137,9 +136,9 @@ void sTrack::buildGroundBase(bool mark) {
         for (int z = -256; z <= 256; z += 32) {
             glBegin(GL_QUAD_STRIP);
             for (int x = -272; x <= 272; x += 32) {
-                glTexCoord2f(x * trackscale / 2.5f, (z - 16) * trackscale / 2.5f);
+                glTexCoord2f(x * trackscale / GROUND_REPEAT, (z - 16) * trackscale / GROUND_REPEAT);
                 glVertex3f(x * trackscale, 0, (z - 16) * trackscale);
-                glTexCoord2f(x * trackscale / 2.5f, (z + 16) * trackscale / 2.5f);
+                glTexCoord2f(x * trackscale / GROUND_REPEAT, (z + 16) * trackscale / GROUND_REPEAT);
                 glVertex3f(x * trackscale, 0, (z + 16) * trackscale);
             }
             glEnd();
@@ -154,10 +153,7 @@ void sTrack::buildGroundBase(bool mark) {
 // Road, roadside, fence posts and finish line. The state the dirt set up is
 // set again first: the sky may have been drawn in between.
 void sTrack::buildGroundCover(bool road) {
-    glDisable(GL_DEPTH_TEST);
-    glEnable(GL_TEXTURE_2D);
-    glNormal3f(0, 1, 0);
-    glEnable(GL_STENCIL_TEST);
+    groundState();
     glStencilOp(GL_KEEP, GL_KEEP, GL_KEEP);
     glDisable(GL_CULL_FACE);
 
