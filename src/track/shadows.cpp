@@ -30,7 +30,7 @@ void sTrack::castshadow() {
             if (!inviewMiscObject[i]) continue;
             unsigned int type = typeMiscobject[i];
             if (type == TRACK_PLANT || type >= TRACK_NOBJECTTYPES || !miscobjectPTR[type]) continue;
-            const float x = miscobject[i].x, z = miscobject[i].z, a = (float)(i * 35);
+            const float x = miscobject[i].x, z = miscobject[i].z, a = (float)(i * OBJECT_TURN);
             miscobjectPTR[type]->castshadow(0, lx, ly, lz, x, 0, z, 0, a, 0, 3, 1, 3);
             if (type == TRACK_ADBOARD) adboard3DS.castshadow(0, lx, ly, lz, x, 0, z, 0, a, 0, 3, 1, 3);
         }
@@ -58,12 +58,15 @@ void sTrack::castshadow() {
         if (!inviewCpoint[i]) continue;
         const float cx = Cpoint[i].x, cz = Cpoint[i].z;
         float dx = cx - K.px, dz = cz - K.pz;
-        camera_ax[i] = (float)(atan(sqrt(dx * dx + dz * dz) / 1.2) * DEG_PER_RAD) - 90;
-        camera_ay[i] = (float)(atan(dx / dz) * DEG_PER_RAD);
+        // The head's pitch down to the kart divides the distance in double,
+        // so it is no heading for atandeg.
+        camera_ax[i] = (float)(atan(sqrt(dx * dx + dz * dz) / CAMERA_HEIGHT) * DEG_PER_RAD) - 90;
+        camera_ay[i] = atandeg(dx, dz);
         if (K.pz > cz) camera_ay[i] += 180;
         if (config.shadows >= 2) {
-            camerastand3DS.castshadow(0, lx, ly, lz, cx, 0, cz, 0, (float)(i * 76 + 180), 0, 3, 1, 3);
-            camera3DS.castshadow(0, lx, ly, lz, cx, 1.2f, cz, camera_ax[i], camera_ay[i], 0, 0, 1, 3);
+            // Turned by a + 180, the stand casts as it is drawn (see s3DS::castshadow).
+            camerastand3DS.castshadow(0, lx, ly, lz, cx, 0, cz, 0, (float)(i * STAND_TURN + 180), 0, 3, 1, 3);
+            camera3DS.castshadow(0, lx, ly, lz, cx, CAMERA_HEIGHT_F, cz, camera_ax[i], camera_ay[i], 0, 0, 1, 3);
         } else {
             doCshadowmap[i] = config.shadows == 1;
         }
@@ -87,7 +90,7 @@ void sTrack::drawshadowmap() {
         for (unsigned int i = 0; i < nobjects; i++) {
             if (!inviewMiscObject[i] || typeMiscobject[i] != TRACK_PLANT) continue;
             const float x = miscobject[i].x, z = miscobject[i].z;
-            float a = (float)(atan((lx - x) / (lz - z)) * DEG_PER_RAD);
+            float a = atandeg(lx - x, lz - z);
             if (z > lz) a += 180;
             glBindTexture(GL_TEXTURE_2D, natureTexture[i % N_TREES]);
             miscobjectPTR[TRACK_PLANT]->castshadowmask(0, lx, ly, lz, x, 0, z, 0, a, 0, 3, 1, 3);
@@ -101,7 +104,7 @@ void sTrack::drawshadowmap() {
         if (!doCshadowmap[i]) continue;
         glPushMatrix();
         glTranslatef(Cpoint[i].x, 0, Cpoint[i].z);
-        glRotatef((float)(i * 76 + 180), 0, 1, 0);
+        glRotatef((float)(i * STAND_TURN + 180), 0, 1, 0);
         glBegin(GL_QUADS);
         glTexCoord2f(0, 1);
         glVertex3f(-0.5f, 0, -0.5f);

@@ -50,10 +50,10 @@ void sTrack::drawGantryAndCameras(unsigned int ncentre) {
         glPushMatrix();
         glTranslatef(Cpoint[i].x, 0, Cpoint[i].z);
         glPushMatrix();
-        glRotatef((float)(i * 76), 0, 1, 0);
+        glRotatef((float)(i * STAND_TURN), 0, 1, 0);
         camerastand3DS.drawlist();
         glPopMatrix();
-        glTranslatef(0, 1.2f, 0);
+        glTranslatef(0, CAMERA_HEIGHT_F, 0);
         glRotatef(camera_ay[i], 0, 1, 0);
         glRotatef(camera_ax[i], 1, 0, 0);
         camera3DS.drawlist();
@@ -157,7 +157,7 @@ void sTrack::drawRoadsideObjects(unsigned int nobjects) {
         if (type == TRACK_ADBOARD && nAds == 0) continue;  // no advertisement to put on the board
         glPushMatrix();
         glTranslatef(miscobject[i].x, 0, miscobject[i].z);
-        glRotatef((float)(i * 35), 0, 1, 0);
+        glRotatef((float)(i * OBJECT_TURN), 0, 1, 0);
         miscobjectPTR[type]->drawlist();
         if (type == TRACK_ADBOARD) {
             const unsigned int nads = ads();
