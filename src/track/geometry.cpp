@@ -9,8 +9,9 @@
 
 namespace {
 
-// j = (i - 1) mod n with the subtraction done on 32-bit unsigned numbers, so
-// that point 0's predecessor is 4294967295 mod n and not always the last point.
+// j = (i - 1) mod n with the subtraction done on 32-bit unsigned numbers.
+// Kept: point 0's predecessor is 4294967295 mod n, not the last point that
+// (i + n - 1) % n would give; pinned by TrackLoad.With100PairsPoint0IsNotComparedWithTheLastPoint
 unsigned int previous(unsigned int i, unsigned int n) {
     return (uint32_t)((uint32_t)i - 1u) % (uint32_t)n;
 }
