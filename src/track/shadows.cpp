@@ -30,6 +30,9 @@ void sTrack::castshadow() {
             if (!inviewMiscObject[i]) continue;
             unsigned int type = typeMiscobject[i];
             if (type == TRACK_PLANT || type >= TRACK_NOBJECTTYPES || !miscobjectPTR[type]) continue;
+            // Kept: cast by its own turn, not the turn + 180 that would lay it
+            // under the object as drawn, an object's shadow is its half-turned
+            // twin; pinned by TrackKept.AnObjectsShadowLiesHalfATurnRoundFromTheObject
             const float x = miscobject[i].x, z = miscobject[i].z, a = (float)(i * OBJECT_TURN);
             miscobjectPTR[type]->castshadow(0, lx, ly, lz, x, 0, z, 0, a, 0, 3, 1, 3);
             if (type == TRACK_ADBOARD) adboard3DS.castshadow(0, lx, ly, lz, x, 0, z, 0, a, 0, 3, 1, 3);
