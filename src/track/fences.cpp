@@ -8,18 +8,6 @@
 
 using namespace trackparts;
 
-namespace {
-
-// The fence stands in the grass this far out from each barrier line, in
-// world units, its wire's picture repeating along it every FENCE_REPEAT.
-const float FENCE_OFFSET = 3.0f;
-const float FENCE_HEIGHT = 1.2f;
-const float POLE_HEIGHT = 1.35f;
-const float POLE_HALFWIDTH = 0.05f;
-const float FENCE_REPEAT = 1.2f;
-
-}  // namespace
-
 // Fence posts stand up out of the ground; the ground's shadow marks are not theirs.
 void sTrack::buildFencePoles(unsigned int n) {
     glColor4f(1, 1, 1, 0.5f);

@@ -12,16 +12,6 @@ using namespace trackparts;
 
 namespace {
 
-// How the roadside is laid out outwards from each barrier line, in world
-// units: the barrier itself, a strip of bare dirt the karts throw up, and
-// grass that fades in and out again.
-const float DIRT_BAND = 0.75f;
-const float GRASS_IN = 0.75f;
-const float GRASS_FULL = 1.5f;
-const float GRASS_LAST = 3.75f;
-const float GRASS_OUT = 5.0f;
-// World units per repeat of the ground-level pictures.
-const float GROUND_REPEAT = 2.5f;
 // The finish line: half its depth along the track, and one chequer tile.
 const float FINISH_HALFDEPTH = 0.3f;
 const float FINISH_TILE = 0.6f;

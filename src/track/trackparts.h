@@ -1,15 +1,31 @@
 #ifndef BV_TRACK_TRACKPARTS_H
 #define BV_TRACK_TRACKPARTS_H
 
-// What the track's own files share and nothing outside them needs: the fixed
-// turns and heights of the roadside furniture, and the small steps of laying
-// out the ground and the barriers.
+// What the track's own files share and nothing outside them needs: the
+// roadside's layout, the fixed turns and heights of the roadside furniture,
+// and the small steps of laying out the ground, the fences and the barriers.
 
 #include <GL/gl.h>
 
 #include "track/track.h"
 
 namespace trackparts {
+
+// How the roadside is laid out outwards from each barrier line, in world
+// units: the barrier itself, a strip of bare dirt the karts throw up, grass
+// that fades in and out again, and the spectators' fence in the grass.
+const float DIRT_BAND = 0.75f;
+const float GRASS_IN = 0.75f;
+const float GRASS_FULL = 1.5f;
+const float GRASS_LAST = 3.75f;
+const float GRASS_OUT = 5.0f;
+const float FENCE_OFFSET = 3.0f;
+const float FENCE_HEIGHT = 1.2f;
+const float POLE_HEIGHT = 1.35f;
+const float POLE_HALFWIDTH = 0.05f;
+// World units per repeat of the ground-level pictures.
+const float GROUND_REPEAT = 2.5f;
+const float FENCE_REPEAT = 1.2f;
 
 // Each TV camera stand is turned by its centre point's index times this many
 // degrees, each roadside object by its index times OBJECT_TURN: a fixed
