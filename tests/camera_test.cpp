@@ -251,6 +251,19 @@ TEST_F(CameraStepTest, HeadingTurnsTheShortWayAndWrapsOnce) {
     EXPECT_NEAR(camera.ay, -175, 1e-4);
 }
 
+// Exactly half a turn away the eased heading goes forwards (+180), where
+// wrapping the difference into [-180, 180) would send it backwards.
+TEST_F(CameraStepTest, HalfATurnAwayTheHeadingEasesForwards) {
+    kart.ay = 90;
+    camera.ay = -90;
+    step(CAMERA_CHASE, 20);  // half way: -90 + 180 / 2
+    EXPECT_EQ(camera.ay, 0.0f);
+    kart.ay = -90;
+    camera.ay = 90;
+    step(CAMERA_CHASE, 20);  // -180 is short enough: 90 - 180 / 2
+    EXPECT_EQ(camera.ay, 0.0f);
+}
+
 TEST_F(CameraStepTest, DriversViewSitsInTheSeatTurnedWithWheelAndSway) {
     kart.px = 0;
     kart.pz = 0;

@@ -107,6 +107,19 @@ TEST_F(ConfigTest, SoundVolumePercentages) {
     EXPECT_EQ(config.musicvolume, 127u);
 }
 
+// Neither clamped to 0..255 nor sent through an int, which a billion per cent
+// would overflow: the 64-bit truncation's low 32 bits.
+TEST_F(ConfigTest, VolumesOutsideTheirPercentagesWrapUnclamped) {
+    ASSERT_TRUE(loadWith(8, 200));
+    EXPECT_EQ(config.soundvolume, 510u);
+    ASSERT_TRUE(loadWith(10, -100));
+    EXPECT_EQ(config.musicvolume, 4294967041u);
+    ASSERT_TRUE(loadWith(8, 1000000000));
+    EXPECT_EQ(config.soundvolume, 2549999872u);
+    ASSERT_TRUE(loadWith(10, -1000000000));
+    EXPECT_EQ(config.musicvolume, 1744967424u);
+}
+
 TEST_F(ConfigTest, GammaIsAQuarter) {
     ASSERT_TRUE(loadWith(11, 10));
     EXPECT_EQ(config.gammacorrection, 2u);

@@ -137,6 +137,20 @@ TEST_F(Ghost, PlaybackInterpolatesPositionAndTurnsTheShortWay) {
     EXPECT_FLOAT_EQ(a, 20.0f);
 }
 
+// Samples exactly half a turn apart: the ghost turns forwards through +180,
+// where wrapping the difference into [-180, 180) would turn it backwards.
+TEST_F(Ghost, HalfATurnBetweenSamplesTurnsForwards) {
+    playback({-90, 90});
+    ghost.timer[1] = 0.5f;
+    float x, z, a;
+    ghost.pose(&x, &z, &a);
+    EXPECT_EQ(a, 0.0f);
+    playback({90, -90});
+    ghost.timer[1] = 0.5f;
+    ghost.pose(&x, &z, &a);
+    EXPECT_EQ(a, 0.0f);  // -180 is short enough: backwards
+}
+
 TEST_F(Ghost, PlaybackKeepsThePaceOfTheRecording) {
     playback({0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
     // A new sample every third frame at 60 frames a second, as recorded.

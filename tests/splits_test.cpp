@@ -230,4 +230,34 @@ TEST_F(SplitsDrawn, AheadIsGreenBehindIsRedForTwoSecondsOfRaceTime) {
     EXPECT_NEAR(frames, 120, 1);
 }
 
+// Ten pairs down a straight along -z, one every 2 units, and a kart carried
+// one unit a sample facing down the road, but for a spin between samples 6
+// and 7 from -90 to exactly +90. Half a turn apart the heading is taken
+// forwards, through 0, so between those samples the sensor looks down the
+// road and finds pair 3 an eighth of the way; taken backwards, through -180,
+// it would look back and find it only at sample 7.
+TEST(SplitsHeadings, HalfATurnBetweenSamplesIsTakenForwards) {
+    const unsigned int oldpairs = track.nLRpoints;
+    const float oldfront = gokartstaticdata.chasisfront;
+    track.nLRpoints = 10;
+    for (unsigned int i = 0; i < 10; i++) track.Lpoint[i] = {0, -2.0f * (float)i};
+    gokartstaticdata.chasisfront = 1.364f;
+    const int n = 21;
+    float px[n], pz[n], ay[n];
+    for (int i = 0; i < n; i++) {
+        px[i] = 0;
+        pz[i] = 1.7f - (float)i;
+        ay[i] = 0;
+    }
+    ay[6] = -90;
+    ay[7] = 90;
+    const float fps = 30, period = 0.1f;
+    float t[SPLITS_N];
+    ASSERT_TRUE(splitsfromsamples(px, pz, ay, n, period * ((float)n - 0.5f) + 0.5f / fps, fps, t));
+    EXPECT_NEAR(t[2], 6.125f * period + 1 / fps, 1e-4);
+    EXPECT_NEAR(t[3], 7.5f * period + 1 / fps, 1e-4);  // pair 4 half a sample on
+    track.nLRpoints = oldpairs;
+    gokartstaticdata.chasisfront = oldfront;
+}
+
 }  // namespace

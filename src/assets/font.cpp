@@ -16,8 +16,9 @@
 #include "shell/main.h"
 
 void sFontFNT::init(const char*, unsigned int) {
-    // The size argument is deliberately not kept: alignment reads `size`,
-    // which therefore stays 0, and all bitmap text is left-aligned.
+    // Kept: the size argument is dropped, so `size`, which alignment reads,
+    // stays 0 and all bitmap text is left-aligned whatever alignment is asked
+    // for; pinned by FontTest.BitmapRightAlignmentDrawsExactlyWhereLeftDoes.
     base = glGenLists(96);
     Display* display = XOpenDisplay(nullptr);
     if (!display) {

@@ -6,14 +6,16 @@
 // driving physics, collisions, lap counting and computer driver.
 
 #include <ctime>
+#include <limits>
 
 #include "assets/3ds.h"
 #include "audio/fsound.h"
+#include "shell/kartfacts.h"
 
-const unsigned int GOKART_NKARTS = 7;
-const unsigned int GOKART_NCOLORS = 24;
+const unsigned int GOKART_NKARTS = kartfacts::kKarts;
+const unsigned int GOKART_NCOLORS = kartfacts::kColours;
 const unsigned int GOKART_NLAPTIMES = 99;
-const unsigned int GOKART_NSLIDES = 999;
+const unsigned int GOKART_NSLIDES = kartfacts::kSlideSlots;
 
 struct sGokartStaticData {
     s3DS LOarmd3DS, MEarmd3DS, HIarmd3DS;
@@ -152,6 +154,9 @@ struct sGokart {
     void drawhud();
     void free();
 };
+
+static_assert(std::numeric_limits<decltype(sGokart::checkpoint)>::max() >= kartfacts::kMaxPairs,
+              "a kart's checkpoint must count every barrier pair a track may have");
 
 extern sGokartStaticData gokartstaticdata;
 extern sGokart gokart[GOKART_NKARTS];

@@ -19,7 +19,7 @@
 float camera_lag = 0;
 
 float cameraheading(float px, float pz, float qx, float qz) {
-    float a = atanf((qx - px) / (qz - pz)) * DEG_PER_RAD_F;
+    float a = atandeg(qx - px, qz - pz, DEG_PER_RAD_F);
     if (pz > qz) a += 180;
     return a;
 }
@@ -40,9 +40,9 @@ void sCamera::init(unsigned int m, float x, float y, float z, float pitch, float
 }
 
 void sCamera::setmode() {
-    // 'C' (67) is tested as an upper-case code, which SDL never reports for
-    // the letter key (that is SDLK_c, 99), while the free view's keys are
-    // lower case; the mismatch is old and players know the digits anyway.
+    // Kept: 'C' (67) is tested as an upper-case code, which SDL never reports
+    // for the letter key (that is SDLK_c, 99), so the key does not cycle the
+    // views; the digits choose them; pinned by CameraTest.LowerCaseCDoesNotCycle.
     if (keyboard.key['C']) {
         if (setmodedelay) {
             setmodedelay = false;
@@ -76,8 +76,8 @@ float sCamera::isinview(float x, float y, float z) {
     if (d < 2.75f) return 1.0f;
     float dx = px - x, dz = pz - z;
     float h = sqrtf(dx * dx + dz * dz);
-    float v = atanf(h / (py - y)) * DEG_PER_RAD_F - 90;
-    float a = atanf((px - x) / (pz - z)) * DEG_PER_RAD_F;
+    float v = atandeg(h, py - y, DEG_PER_RAD_F) - 90;
+    float a = atandeg(px - x, pz - z, DEG_PER_RAD_F);
     if (z > pz) a += 180;
     if (!(ax - axmargin < v && v < ax + axmargin)) return -1.0f;
     if (ay - aymargin < a && a < ay + aymargin) return d;
@@ -143,7 +143,7 @@ float sCamera::aimhigh(sCamera& target, const sGokart& kart) {
     target.py = 3.0f;
     float h = sqrtf((kart.px - px) * (kart.px - px) + (kart.pz - pz) * (kart.pz - pz));
     // The odd constant keeps the quotient off zero when the eye is right above.
-    target.ax = atanf((h + 0.123456789f) / py) * DEG_PER_RAD_F - 90;
+    target.ax = atandeg(h + 0.123456789f, py, DEG_PER_RAD_F) - 90;
     // Level with the kart the heading would divide by zero.
     if (target.pz == kart.pz) pz += 0.123456789f;
     target.ay = cameraheading(kart.px, kart.pz, px, pz);
@@ -196,7 +196,7 @@ void sCamera::standtrackside(const sGokart& kart) {
     py = 1.25f;
     pz = track.Cpoint[nearest].z;
     float h = sqrtf((kart.px - px) * (kart.px - px) + (kart.pz - pz) * (kart.pz - pz));
-    ax = atanf(h / 1.25f) * DEG_PER_RAD_F - 90;
+    ax = atandeg(h, 1.25f, DEG_PER_RAD_F) - 90;
     ay = cameraheading(kart.px, kart.pz, px, pz);
     az = 0;
 }
@@ -214,6 +214,8 @@ void sCamera::ease(const sCamera& target, float f) {
     ax += (target.ax - ax) * f;
     az += (target.az - az) * f;
     // Turn the short way round.
+    // Kept: exactly half a turn away it turns forwards (+180), where wrap180
+    // would turn it back; pinned by CameraStepTest.HalfATurnAwayTheHeadingEasesForwards.
     float d = target.ay - ay;
     if (d < -180)
         ay += (d + 360) * f;
@@ -225,12 +227,6 @@ void sCamera::ease(const sCamera& target, float f) {
 
 // One correction only: the steps are small enough never to need two.
 void sCamera::wrapangles() {
-    if (ax >= 180)
-        ax -= 360;
-    else if (ax < -180)
-        ax += 360;
-    if (ay >= 180)
-        ay -= 360;
-    else if (ay < -180)
-        ay += 360;
+    ax = wrap180(ax);
+    ay = wrap180(ay);
 }

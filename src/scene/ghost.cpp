@@ -68,6 +68,8 @@ void sGhost::pose(float* x, float* z, float* heading) const {
     *x = px[1][m] + (px[1][n] - px[1][m]) * f;
     *z = pz[1][m] + (pz[1][n] - pz[1][m]) * f;
     // Headings jump at +-180; the ghost turns the short way round.
+    // Kept: samples exactly half a turn apart turn it forwards (+180), where
+    // wrap180 would turn it back; pinned by Ghost.HalfATurnBetweenSamplesTurnsForwards.
     float d = ay[1][n] - ay[1][m];
     if (d > 180)
         *heading = ay[1][m] + (d - 360) * f;

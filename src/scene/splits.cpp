@@ -61,6 +61,9 @@ struct sPath {
         float f = s - (float)i;
         float x = px[i] + (px[i + 1] - px[i]) * f, z = pz[i] + (pz[i + 1] - pz[i]) * f;
         float d = ay[i + 1] - ay[i];
+        // Kept: samples exactly half a turn apart are turned through forwards
+        // (+180), where wrap180 would turn back; pinned by
+        // SplitsHeadings.HalfATurnBetweenSamplesIsTakenForwards.
         if (d > 180)
             d -= 360;
         else if (d < -180)

@@ -24,8 +24,10 @@ static void copyname(char* dst, size_t size, const char* src) {
 
 // A percentage to 0..255. In single precision 100 * 2.55 rounds to exactly 255;
 // in double it would truncate to 254 and full volume could never be reached.
-// Truncated through a 64-bit integer: a damaged file's huge percentage does not
-// fit an int, and the wrap into unsigned stays what it always was.
+// Truncated through a 64-bit integer, because a damaged file's huge percentage
+// does not fit an int.
+// Kept: a percentage outside 0..100 is not clamped; the 64-bit truncation
+// wraps into unsigned; pinned by ConfigTest.VolumesOutsideTheirPercentagesWrapUnclamped.
 static unsigned int percent(int v) {
     return (unsigned int)(long long)((float)v * 2.55f);
 }

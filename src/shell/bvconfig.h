@@ -5,11 +5,15 @@
 // named variables and commands. Reads Data/config.bvd (never writes it) and
 // reads and rewrites the remembered race setup Data/gencon.bvd.
 
+#include "shell/kartfacts.h"
+
 const unsigned int CONFIG_MAXVARS = 99;
 const unsigned int CONFIG_MAXFNCS = 99;
-const unsigned int CONFIG_MAXGOKARTS = 6;
-const unsigned int CONFIG_MAXSLIDES = 998;
-const unsigned int CONFIG_NCOLORS = 24;
+const unsigned int CONFIG_MAXGOKARTS = kartfacts::kMaxRacers;
+// Kept: the setting stops one short of the skid-mark ring, which could use
+// every slot; pinned by ConfigTest.CheckvarsClampsKartsAndSlides.
+const unsigned int CONFIG_MAXSLIDES = kartfacts::kSlideSlots - 1;
+const unsigned int CONFIG_NCOLORS = kartfacts::kColours;
 const unsigned int CONFIG_NLODS = 3;     // entries of the range tables
 const unsigned int CONFIG_NSKILLS = 3;   // entries of the difficulty tables
 

@@ -24,6 +24,7 @@
 #include "shell/keyboard.h"
 #include "shell/mouse.h"
 #include "shell/performance.h"
+#include "shell/trackfacts.h"
 #include "track/track.h"
 
 sBlackbox blackbox;
@@ -101,7 +102,7 @@ bool createGLwindow() {
     return false;
 }
 
-// Kept for completeness: SDL_Quit closes the window on the way out.
+// Only a line in the log: SDL_Quit closes the window on the way out.
 void killGLwindow() {
     blackbox.task("Deinitializing video mode", true);
 }
@@ -258,7 +259,7 @@ void startup() {
     fontFNT.init("Courier", 8);
     fontTGA.init("Arial", 0.75f);
     menu.init();
-    track.init(0.125f);
+    track.init(trackfacts::kTrackScale);
     lensflare.init();
     initScene();
     freeTexture(&splash_t);

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "assets/3ds.h"
+#include "shell/trackfacts.h"
 
 const unsigned int N_DIRTS = 4;
 const unsigned int N_ROADS = 1;
@@ -21,15 +22,14 @@ const unsigned int TRACK_MAXNAMES = 99;
 const unsigned int TRACK_MAXADS = 99;
 const unsigned int TRACK_NAMELENGTH = 32;
 // Roadside object types run from 0 to this - 1.
-const unsigned int TRACK_NOBJECTTYPES = 12;
+const unsigned int TRACK_NOBJECTTYPES = trackfacts::kObjectTypes;
 const unsigned int TRACK_PLANT = 5;
 const unsigned int TRACK_ADBOARD = 7;
 
-// The finish gantry spans the start straight at x = 218 in the track file's
-// units (trackscale times that in the world) and z = 2.5 in the world: the
-// grid, the finish line and the gantry's model are all placed from it.
-const float TRACK_GANTRY_X = 218;
-const float TRACK_GANTRY_Z = 2.5f;
+// The finish gantry, in the track file's units across and the world's along
+// (trackfacts.h says why).
+const float TRACK_GANTRY_X = trackfacts::kGantryX;
+const float TRACK_GANTRY_Z = trackfacts::kGantryZ;
 
 struct sTrackPoint {
     float x, z;

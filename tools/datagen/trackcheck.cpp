@@ -19,7 +19,7 @@ namespace trackcheck {
 namespace {
 
 const float kFps = 30.0f;
-const float kAcceleration = 20.0f;
+const float kAcceleration = kartfacts::kAcceleration;
 // Room a grid kart needs between its outline and either barrier, so that a
 // start with six karts side by side does not begin with a scrape.
 const float kGridRoom = 0.5f;

@@ -10,18 +10,22 @@
 #include <string>
 #include <vector>
 
+#include "shell/kartfacts.h"
+#include "shell/trackfacts.h"
+
 namespace trackcheck {
 
-// Fixed facts of the game that a track has to fit.
-const float kTrackScale = 0.125f;      // world units per file unit
-const float kChasisWidth = 1.24f;
-const float kChasisFront = 1.364f;
-const float kTopSpeed = 25.0f;         // units per second
-const float kFinishX = 218 * kTrackScale;  // the finish gantry stands at (27.25, 2.5)
-const float kFinishZ = 2.5f;
-const int kGridKarts = 7;              // every kart is put on the grid, racing or not
-const int kMaxPairs = 255;             // the kart's checkpoint is 8-bit
-const int kObjectTypes = 12;
+// Fixed facts of the game that a track has to fit, read from the game's own
+// headers.
+const float kTrackScale = trackfacts::kTrackScale;  // world units per file unit
+const float kChasisWidth = kartfacts::kChasisWidth;
+const float kChasisFront = kartfacts::kChasisFront;
+const float kTopSpeed = kartfacts::kTopSpeed;       // units per second
+const float kFinishX = trackfacts::kGantryX * kTrackScale;  // the finish gantry stands at (27.25, 2.5)
+const float kFinishZ = trackfacts::kGantryZ;
+const int kGridKarts = (int)kartfacts::kKarts;      // every kart is put on the grid, racing or not
+const int kMaxPairs = (int)kartfacts::kMaxPairs;    // the kart's checkpoint is 8-bit
+const int kObjectTypes = (int)trackfacts::kObjectTypes;
 // The trackside view looks out of a TV camera at the road: this far in front
 // of it, between it and the barrier, no scenery may stand.
 const float kCameraClearView = 3.0f;

@@ -23,7 +23,7 @@
 
 namespace {
 
-const double kScale = 0.125;         // world units per file unit
+const double kScale = trackfacts::kTrackScale;  // world units per file unit
 const double kMaxSpacing = 4.0;      // longest gap between pairs
 const double kMaxTurn = 20.0;        // most a span between pairs may turn, degrees
 const double kMinBarrierGap = 1.1;   // shortest barrier segment a subdivision may make

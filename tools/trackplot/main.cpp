@@ -121,10 +121,11 @@ void draw(const trackcheck::Track& t, const std::string& path) {
     line(im, {trackcheck::kFinishX - 4, trackcheck::kFinishZ}, {trackcheck::kFinishX + 4, trackcheck::kFinishZ}, 255,
          255, 255, 0.6f);
     for (int id = 0; id < trackcheck::kGridKarts; id++) {
-        float x = trackcheck::kTrackScale * 218.0f - trackcheck::kChasisWidth + 2 * trackcheck::kChasisWidth * (id % 2);
+        float x = trackcheck::kFinishX - trackcheck::kChasisWidth + 2 * trackcheck::kChasisWidth * (id % 2);
         float z = 20.0f - 2 * id * trackcheck::kChasisFront;
         Point c[4] = {{x - 0.63f, z - 1.39f}, {x + 0.63f, z - 1.39f}, {x + 0.63f, z + 0.17f}, {x - 0.63f, z + 0.17f}};
-        for (int k = 0; k < 4; k++) line(im, c[k], c[(k + 1) % 4], 255, 255, 255, id < 6 ? 1.0f : 0.4f);
+        const float a = id < (int)kartfacts::kMaxRacers ? 1.0f : 0.4f;  // the spare kart fainter
+        for (int k = 0; k < 4; k++) line(im, c[k], c[(k + 1) % 4], 255, 255, 255, a);
     }
     for (const trackcheck::Object& o : t.objects) {
         switch (o.type) {
