@@ -7,7 +7,6 @@
 #include "kart/kartshared.h"
 #include "shell/angles.h"
 
-
 namespace {
 
 // A number far from where any kart can be: beyond it the shortcuts below

@@ -15,7 +15,6 @@
 #include "shell/performance.h"
 #include "track/track.h"
 
-
 void sGokart::move() {
     const float ups0 = ups, ay0 = ay;
     aidriver = ID >= config.nhumanplayers;

@@ -24,32 +24,6 @@ sGokart gokart[GOKART_NKARTS];
 
 namespace {
 
-// The eleven body parts, each at three levels of detail, in loading order.
-struct sPart {
-    const char* name;
-    s3DS sGokartStaticData::*lo;
-    s3DS sGokartStaticData::*me;
-    s3DS sGokartStaticData::*hi;
-};
-
-const sPart PARTS[11] = {
-    {"armd", &sGokartStaticData::LOarmd3DS, &sGokartStaticData::MEarmd3DS, &sGokartStaticData::HIarmd3DS},
-    {"armu", &sGokartStaticData::LOarmu3DS, &sGokartStaticData::MEarmu3DS, &sGokartStaticData::HIarmu3DS},
-    {"body", &sGokartStaticData::LObody3DS, &sGokartStaticData::MEbody3DS, &sGokartStaticData::HIbody3DS},
-    {"chasis", &sGokartStaticData::LOchasis3DS, &sGokartStaticData::MEchasis3DS, &sGokartStaticData::HIchasis3DS},
-    {"foot", &sGokartStaticData::LOfoot3DS, &sGokartStaticData::MEfoot3DS, &sGokartStaticData::HIfoot3DS},
-    {"frontwheel", &sGokartStaticData::LOfrontwheel3DS, &sGokartStaticData::MEfrontwheel3DS,
-     &sGokartStaticData::HIfrontwheel3DS},
-    {"head", &sGokartStaticData::LOhead3DS, &sGokartStaticData::MEhead3DS, &sGokartStaticData::HIhead3DS},
-    {"pedal", &sGokartStaticData::LOpedal3DS, &sGokartStaticData::MEpedal3DS, &sGokartStaticData::HIpedal3DS},
-    {"plastic", &sGokartStaticData::LOplastic3DS, &sGokartStaticData::MEplastic3DS,
-     &sGokartStaticData::HIplastic3DS},
-    {"rearwheel", &sGokartStaticData::LOrearwheel3DS, &sGokartStaticData::MErearwheel3DS,
-     &sGokartStaticData::HIrearwheel3DS},
-    {"steeringwheel", &sGokartStaticData::LOsteeringwheel3DS, &sGokartStaticData::MEsteeringwheel3DS,
-     &sGokartStaticData::HIsteeringwheel3DS},
-};
-
 struct sColor {
     unsigned char r, g, b;
     const char* name;
@@ -66,6 +40,25 @@ const sColor PALETTE[GOKART_NCOLORS] = {
 };
 
 }  // namespace
+
+// The models of each part, by the names of their files.
+const sPart PARTS[NPARTS] = {
+    {"armd", &sGokartStaticData::LOarmd3DS, &sGokartStaticData::MEarmd3DS, &sGokartStaticData::HIarmd3DS},
+    {"armu", &sGokartStaticData::LOarmu3DS, &sGokartStaticData::MEarmu3DS, &sGokartStaticData::HIarmu3DS},
+    {"body", &sGokartStaticData::LObody3DS, &sGokartStaticData::MEbody3DS, &sGokartStaticData::HIbody3DS},
+    {"chasis", &sGokartStaticData::LOchasis3DS, &sGokartStaticData::MEchasis3DS, &sGokartStaticData::HIchasis3DS},
+    {"foot", &sGokartStaticData::LOfoot3DS, &sGokartStaticData::MEfoot3DS, &sGokartStaticData::HIfoot3DS},
+    {"frontwheel", &sGokartStaticData::LOfrontwheel3DS, &sGokartStaticData::MEfrontwheel3DS,
+     &sGokartStaticData::HIfrontwheel3DS},
+    {"head", &sGokartStaticData::LOhead3DS, &sGokartStaticData::MEhead3DS, &sGokartStaticData::HIhead3DS},
+    {"pedal", &sGokartStaticData::LOpedal3DS, &sGokartStaticData::MEpedal3DS, &sGokartStaticData::HIpedal3DS},
+    {"plastic", &sGokartStaticData::LOplastic3DS, &sGokartStaticData::MEplastic3DS,
+     &sGokartStaticData::HIplastic3DS},
+    {"rearwheel", &sGokartStaticData::LOrearwheel3DS, &sGokartStaticData::MErearwheel3DS,
+     &sGokartStaticData::HIrearwheel3DS},
+    {"steeringwheel", &sGokartStaticData::LOsteeringwheel3DS, &sGokartStaticData::MEsteeringwheel3DS,
+     &sGokartStaticData::HIsteeringwheel3DS},
+};
 
 unsigned int racingKarts() {
     return config.ngokarts < GOKART_NKARTS ? config.ngokarts : GOKART_NKARTS;

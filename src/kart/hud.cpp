@@ -8,7 +8,6 @@
 #include "scene/shader.h"
 #include "shell/main.h"
 
-
 void sGokart::drawhud() {
     const float h = 0.09049479f;
     resizeGLwindow2D(1.33f, 1.0f);

@@ -5,42 +5,49 @@
 #include <cmath>
 #include <GL/gl.h>
 
+#include "kart/kartshared.h"
 #include "scene/camera.h"
 #include "scene/shader.h"
 #include "shell/angles.h"
 #include "shell/bvconfig.h"
 
-
 namespace {
 
-// Casts one part of a kart the way draw() places it: at (lx, ly, lz) in the
-// kart's frame, then turned by `turn` about the vertical, `pitch` about its
-// own x and `roll` about its own z.
-//
-// The shadow steps mirror an axis each. A part turned only about the
-// vertical casts exactly with the heading plus 180. A pitched part takes two
-// mirrors, and the two leave the part mirrored about one of its own axes
-// whatever we pass: wheels (round about their axle) are left mirrored front
-// to back, everything else (feet, pedals, arms, head, steering wheel, all
-// much the same left and right) side to side, which keeps each shadow under
-// its part.
-enum eMirror { EXACT, FRONTBACK, SIDEWAYS };
+// The steps s3DS::castshadow takes a model through, each a turn about one
+// axis (the first two also mirror one), or none.
+const unsigned int STEP_PITCH = 0, STEP_HEADING = 1, STEP_ROLL = 2, STEP_NONE = 3;
 
-void castpart(const sGokart& k, s3DS& model, float lx, float ly, float lz, float turn, float pitch, float roll,
-              eMirror mirror) {
+// The order the parts are cast: the kart, then its driver.
+const eMount CASTORDER[NMOUNTS] = {
+    MOUNT_PLASTIC, MOUNT_CHASIS, MOUNT_LFRONTWHEEL, MOUNT_RFRONTWHEEL, MOUNT_LREARWHEEL, MOUNT_RREARWHEEL,
+    MOUNT_LPEDAL,  MOUNT_RPEDAL, MOUNT_STEERINGWHEEL, MOUNT_BODY,     MOUNT_LFOOT,      MOUNT_RFOOT,
+    MOUNT_HEAD,    MOUNT_LARMU, MOUNT_LARMD,         MOUNT_RARMU,    MOUNT_RARMD,
+};
+
+// Casts one part of a kart the way draw() places it: at its mounting point in
+// the kart's frame, then turned by its turn about the vertical (and half a
+// turn more when turned round), its pitch about its own x and its roll about
+// its own z; eMirror says how the shadow steps leave it.
+void castpart(const sGokart& k, const sMount& m) {
+    s3DS& model = gokartstaticdata.*PARTS[m.part].lo;
+    float lx, ly, lz;
+    mountpoint(m, k, lx, ly, lz);
+    float turn = m.turn ? m.turn(k) : 0;
+    if (m.turnedround) turn = 180 + turn;
+    const float pitch = m.pitch ? m.pitch(k) : 0, roll = m.roll ? m.roll(k) : 0;
     const float a = k.ay / KART_DEG_PER_RAD, c = cosf(a), s = sinf(a);
     const float x = k.px + lx * c + lz * s, y = gokartstaticdata.wheelradius + ly, z = k.pz - lx * s + lz * c;
     const float L0 = LightPosition[0], L1 = LightPosition[1], L2 = LightPosition[2];
     const float heading = k.ay + turn;
-    switch (mirror) {
+    switch (m.mirror) {
     case EXACT:
-        model.castshadow(0, L0, L1, L2, x, y, z, 0, heading + 180, 0, 3, 1, 3);
+        model.castshadow(0, L0, L1, L2, x, y, z, 0, heading + 180, 0, STEP_NONE, STEP_HEADING, STEP_NONE);
         break;
     case FRONTBACK:
-        model.castshadow(0, L0, L1, L2, x, y, z, -pitch, heading + 180, roll, 2, 0, 1);
+        model.castshadow(0, L0, L1, L2, x, y, z, -pitch, heading + 180, roll, STEP_ROLL, STEP_PITCH, STEP_HEADING);
         break;
     case SIDEWAYS:
-        model.castshadow(0, L0, L1, L2, x, y, z, pitch, heading, -roll, 2, 0, 1);
+        model.castshadow(0, L0, L1, L2, x, y, z, pitch, heading, -roll, STEP_ROLL, STEP_PITCH, STEP_HEADING);
         break;
     }
 }
@@ -56,29 +63,11 @@ void sGokart::castshadow() {
         // Unlike in drawing, the driver's own body goes too: he would see its
         // shadow round his feet.
         bool ownview = ID == config.gokartfocus && camera.mode == CAMERA_DRIVER;
-        const float t = s.wheeltrack, wb = s.wheelbase;
-        castpart(*this, s.LOplastic3DS, 0, 0, 0, 0, 0, 0, EXACT);
-        castpart(*this, s.LOchasis3DS, 0, 0, 0, 0, 0, 0, EXACT);
-        castpart(*this, s.LOfrontwheel3DS, -t, 0, -wb, lfw_ay, -lfw_ax, 0, FRONTBACK);
-        castpart(*this, s.LOfrontwheel3DS, t, 0, -wb, 180 + rfw_ay, rfw_ax, 0, FRONTBACK);
-        if (!ownview) {
-            castpart(*this, s.LOrearwheel3DS, -t, 0, 0, 0, -lrw_ax, 0, FRONTBACK);
-            castpart(*this, s.LOrearwheel3DS, t, 0, 0, 180, rrw_ax, 0, FRONTBACK);
-        }
-        castpart(*this, s.LOpedal3DS, -0.15f, 0, -1.2f, 0, -pedal_down, 0, SIDEWAYS);
-        castpart(*this, s.LOpedal3DS, 0.15f, 0, -1.2f, 0, -pedal_up, 0, SIDEWAYS);
-        castpart(*this, s.LOsteeringwheel3DS, 0, 0.4f, -0.85f, 0, -50, sw_ay * 1.8f, SIDEWAYS);
-        if (!ownview) castpart(*this, s.LObody3DS, 0, 0, 0, 0, 0, 0, EXACT);
-        castpart(*this, s.LOfoot3DS, -0.15f, 0.05f, -1.12f, 0, -pedal_down / 1.25f - 25, 0, SIDEWAYS);
-        castpart(*this, s.LOfoot3DS, 0.15f, 0.05f, -1.12f, 0, -pedal_up / 1.25f - 25, 0, SIDEWAYS);
-        if (!ownview) castpart(*this, s.LOhead3DS, 0, 0.55f, -0.37f, sw_ay / 2, head_viewax + head_ax, 0, SIDEWAYS);
-        castpart(*this, s.LOarmu3DS, -0.175f, 0.5f, -0.35f, larmuay, larmuax, 0, SIDEWAYS);
-        castpart(*this, s.LOarmd3DS, larmdpx, larmdpy, larmdpz, larmday, larmdax, 0, SIDEWAYS);
-        castpart(*this, s.LOarmu3DS, 0.175f, 0.5f, -0.35f, rarmuay, rarmuax, 0, SIDEWAYS);
-        castpart(*this, s.LOarmd3DS, rarmdpx, rarmdpy, rarmdpz, rarmday, rarmdax, 0, SIDEWAYS);
+        for (eMount i : CASTORDER)
+            if (!ownview || KARTPARTS[i].leftout == KEPT) castpart(*this, KARTPARTS[i]);
     } else if (config.shadows > 1 && d < config.MErange[config.lodlevel()]) {
         s.SLOgokart3DS.castshadow(0, LightPosition[0], LightPosition[1], LightPosition[2], px, s.wheelradius, pz, 0,
-                                  ay + 180, 0, 3, 1, 3);
+                                  ay + 180, 0, STEP_NONE, STEP_HEADING, STEP_NONE);
     } else {
         doshadowmap = true;
     }

@@ -9,7 +9,6 @@
 #include "shell/angles.h"
 #include "shell/bvconfig.h"
 
-
 namespace {
 
 // One wheel's strip across the ground: how far forward of the rear axle, and

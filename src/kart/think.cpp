@@ -11,7 +11,6 @@
 #include "shell/performance.h"
 #include "track/track.h"
 
-
 void sGokart::think() {
     const sGokartStaticData& s = gokartstaticdata;
     const float fps = performance.fps;
