@@ -38,16 +38,16 @@ static void solvearm(const sGokart& k, float side, const sMount& shoulder, float
     if (c > 1) c = 1;
     if (c < -1) c = -1;
     float bend = acosf(c) * KART_DEG_PER_RAD;
-    uay = (side < 0 ? bend : -bend) + (dz >= 0 ? 0 : 180) + atanf(dx / dz) * KART_DEG_PER_RAD;
+    uay = (side < 0 ? bend : -bend) + (dz >= 0 ? 0 : 180) + atandeg(dx, dz, KART_DEG_PER_RAD);
     float cz = cosf(uay / KART_DEG_PER_RAD) * dz;
-    uax = (cz >= 0 ? 0 : 180) - atanf((sy - hy) / cz) * KART_DEG_PER_RAD;
+    uax = (cz >= 0 ? 0 : 180) - atandeg(sy - hy, cz, KART_DEG_PER_RAD);
     dpx = sx - sinf(uay / DEG_PER_RAD_F) * U * cosf(uax / DEG_PER_RAD_F);
     dpy = sinf(uax / DEG_PER_RAD_F) * U + sy;
     dpz = sz - cosf(uay / DEG_PER_RAD_F) * U * cosf(uax / DEG_PER_RAD_F);
     float ex = dpx - hx, ey = dpy - hy, ez = dpz - hz;
     float de = sqrtf(ex * ex + ez * ez);
-    day = (ez >= 0 ? 0 : 180) + atanf(ex / ez) * DEG_PER_RAD_F;
-    dax = (de >= 0 ? 0 : 180) - atanf(ey / de) * DEG_PER_RAD_F;
+    day = (ez >= 0 ? 0 : 180) + atandeg(ex, ez, DEG_PER_RAD_F);
+    dax = (de >= 0 ? 0 : 180) - atandeg(ey, de, DEG_PER_RAD_F);
 }
 
 namespace {

@@ -79,7 +79,7 @@ float sGokart::playengine() {
     if (!config.soundeffects) return 0;
     float k = 1.0f + 0.125f * distance(px, 0, pz, camera.px, camera.py, camera.pz);
     float b = camera.pz > pz ? 180.0f : 0.0f;
-    float q = camera.ay - (b + (float)(DEG_PER_RAD * atan((px - camera.px) / (pz - camera.pz))));
+    float q = camera.ay - (b + atandeg(px - camera.px, pz - camera.pz));
     int pan = (int)(128 - 128 * sin(q / DEG_PER_RAD));
     float aheadx = px - (float)sin(may / DEG_PER_RAD) * ups, aheadz = pz - (float)cos(may / DEG_PER_RAD) * ups;
     float D1 = distance(px, 0, pz, camera.ox, camera.oy, camera.oz);
@@ -172,7 +172,7 @@ void sGokart::touchkarts(float loudness) {
     for (bool hit : col) touched = touched || hit;
     if (!checkcol || !touched || colg >= GOKART_NKARTS) return;
     const sGokart& other = gokart[colg];
-    may = (float)(DEG_PER_RAD * atan((other.px - px) / (other.pz - pz))) + (other.pz < pz ? 180.0f : 0.0f);
+    may = atandeg(other.px - px, other.pz - pz) + (other.pz < pz ? 180.0f : 0.0f);
     if (ups > 0.25f) ups /= 2;
     if (col[4] && !col[0] && !col[1] && !col[7] && config.soundeffects) playcollision(loudness);
 }
@@ -255,10 +255,10 @@ void sGokart::turnwheels(float step) {
     float R = sw_ay != 0 ? (float)((360 / sw_ay) / TWOPI) : 9999.0f;
     float CL = (float)(TWOPI * sqrt((R - t) * (R - t) + wb * wb));
     float CR = (float)(TWOPI * sqrt((R + t) * (R - t) + wb * wb));
-    float aL = (float)(DEG_PER_RAD * atan(wb / (R - t)));
+    float aL = atandeg(wb, R - t);
     lfw_ax -= (aL - lfw_ay) / 360 * s.wheelaxperturn;
     lfw_ay = aL;
-    float aR = (float)(DEG_PER_RAD * atan(wb / (R + t)));
+    float aR = atandeg(wb, R + t);
     rfw_ax -= (rfw_ay - aR) / 360 * s.wheelaxperturn;
     rfw_ay = aR;
     float W = 360 / s.wheelcircumference * step;
@@ -276,12 +276,7 @@ void sGokart::turnwheels(float step) {
 
 // One correction a frame brings the angles back into [-180, 180).
 void sGokart::wrapangles() {
-    for (float* a : {&ay, &may, &lfw_ax, &rfw_ax, &lrw_ax, &rrw_ax}) {
-        if (*a >= 180)
-            *a -= 360;
-        else if (*a < -180)
-            *a += 360;
-    }
+    for (float* a : {&ay, &may, &lfw_ax, &rfw_ax, &lrw_ax, &rrw_ax}) *a = wrap180(*a);
 }
 
 // The driver's head nods with the acceleration, a damped spring.

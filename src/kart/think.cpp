@@ -60,7 +60,7 @@ void sGokart::think() {
 
     float aimx = track.Lpoint[t].x + (track.Rpoint[t].x - track.Lpoint[t].x) * placement;
     float aimz = track.Lpoint[t].z + (track.Rpoint[t].z - track.Lpoint[t].z) * placement;
-    float h = (float)(DEG_PER_RAD * atan((px - aimx) / (pz - aimz)));
+    float h = atandeg(px - aimx, pz - aimz);
     if (aimz > pz) h += 180;
     if (h - ay < -180)
         h += 360;
