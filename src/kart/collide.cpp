@@ -37,7 +37,10 @@ unsigned char collidingKart(unsigned char ID, float x1, float z1, float x2, floa
     // not meet are passed over without the divisions; most karts are far
     // apart. That shortcut is only taken for ordinary numbers: there the
     // crossing always comes out a number, while a runaway coordinate can make
-    // it not-a-number, which has always counted as a hit.
+    // it not-a-number.
+    // Kept: a crossing that comes out not-a-number counts as a hit, where a
+    // test for lying within the spans would pass it over; pinned by
+    // CollisionFastPaths.KartAgainstKartAnswersAsThePlainTest
     const bool tame = ordinary(x1) && ordinary(z1) && ordinary(x2) && ordinary(z2) && fabsf(dx) >= 0.000001f;
     unsigned int n = racingKarts();
     for (unsigned int j = 0; j < n; j++) {

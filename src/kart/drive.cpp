@@ -183,8 +183,10 @@ void sGokart::touchbarriers(float loudness) {
     if (!walled || n == 0) return;
     if (config.soundeffects) playcollision(loudness);
     // Bounce off the wall: along its normal when the kart already points
-    // away from it, mirrored when it drives into it. 57.3 is how the wall
-    // angle has always been taken.
+    // away from it, mirrored when it drives into it.
+    // Kept: the wall's angle is atan in double times the rounded 57.3, where
+    // atandeg would take the exact figure; pinned by
+    // KartKept.TheBounceTakesTheWallAngleWithTheRounded573
     unsigned int i = track.lasthit < n ? track.lasthit : 0;
     unsigned int j = (i + 1) % n;
     const sTrackPoint* N = track.lasthitL ? track.LNpoint : track.RNpoint;
@@ -247,8 +249,8 @@ void sGokart::advance(float step, float ay0) {
 }
 
 // Wheels, by Ackermann: the inner front wheel steers more than the outer.
-// The right wheel's path takes (R + t)(R - t) where the left takes (R - t)^2;
-// that is how the wheels have always turned.
+// Kept: the right front wheel's path takes (R + t)(R - t), not (R + t)^2 as
+// the left's takes (R - t)^2; pinned by KartPhysics.AckermannWheels
 void sGokart::turnwheels(float step) {
     const sGokartStaticData& s = gokartstaticdata;
     const float t = s.wheeltrack, wb = s.wheelbase;

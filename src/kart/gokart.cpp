@@ -29,7 +29,8 @@ struct sColor {
     const char* name;
 };
 
-// The steps are 0, 64, 128, 196, 255: 196 is how the colours were chosen.
+// Kept: the steps are 0, 64, 128, 196, 255, with 196 where even steps would
+// give 192; pinned by KartStatic.PaletteHasTwentyFourNamedColours
 const sColor PALETTE[GOKART_NCOLORS] = {
     {255, 0, 0, "red"},         {255, 64, 0, "orange"},     {255, 128, 0, "orange"},  {255, 196, 0, "yellow"},
     {255, 255, 0, "yellow"},    {196, 255, 0, "green"},     {128, 255, 0, "green"},   {64, 255, 0, "green"},
@@ -130,7 +131,7 @@ void sGokartStaticData::init() {
 
 void sGokartStaticData::free() {
     // The needle texture and the plastic models stay: they go with the
-    // process, and the order of the other releases is kept as it was.
+    // process. The others go in the order they were loaded.
     freeTexture(&hudTexture);
     freeTexture(&shadowmapTexture);
     freeTexture(&fwshadowmapTexture);

@@ -65,8 +65,9 @@ void emitslides(sGokart& k, float ay0) {
         k.newSlide = false;
     } else {
         const float c = (float)cos(ay0 / DEG_PER_RAD), sn = (float)sin(ay0 / DEG_PER_RAD);
-        // Unsigned on purpose: slot 0 wraps to the last slot only when the
-        // ring's size is a power of two.
+        // Kept: the slot before slot 0 is taken in unsigned arithmetic, which
+        // comes to the last slot only when the ring's size is a power of two;
+        // pinned by Skid.TheSlotBeforeTheFirstWrapsRightOnlyForAPowerOfTwo
         const unsigned int previous = (k.CURRENTslide - 1u) % n;
         for (int w = 0; w < 4; w++) {
             sSlide& m = rings[w][k.CURRENTslide];

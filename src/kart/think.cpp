@@ -74,7 +74,8 @@ void sGokart::think() {
     // wheel ever wider, so one frame never turns it past the aim.
     float follow = 25 / fps < 1 ? 25 / fps : 1;
     if (r > (int)config.aistupidity[level]) sw_ay += ((h - ay) - sw_ay) * follow;
-    // Half a turn, not a whole one: the wheel has always wrapped this way.
+    // Kept: a wheel past half a turn is brought back by half a turn, not a
+    // whole one; pinned by KartDriver.WheelWrapsByHalfATurn
     if (sw_ay < -180)
         sw_ay += 180;
     else if (sw_ay > 180)
