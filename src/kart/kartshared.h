@@ -1,8 +1,9 @@
 #ifndef BV_KART_KARTSHARED_H
 #define BV_KART_KARTSHARED_H
 
-// What the kart module's own files share and nothing outside it needs: small
-// sums, the kart's outline, the skid marks' emission.
+// What the kart module's own files share and nothing outside it needs: the
+// parts' models and where each part sits, small sums, the kart's outline, the
+// skid marks' emission.
 
 #include <cmath>
 
