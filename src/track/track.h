@@ -35,6 +35,14 @@ struct sTrackPoint {
     float x, z;
 };
 
+// The deepest an outline goes past a barrier line, and which way (a unit
+// vector) takes it back out: a corner off the circuit goes back towards the
+// nearest barrier point; a barrier point inside the outline, where a corner
+// of the wall reaches in across an edge, leaves through the nearest edge.
+struct sIntrusion {
+    double depth, ux, uz;
+};
+
 struct sTrack {
     s3DS finish3DS, camera3DS, camerastand3DS, adboard3DS, barrel3DS, barrelt3DS, container3DS, barrel23DS,
         barrel2t3DS, nature3DS, container23DS, ad3DS, sign13DS, sign23DS, sign33DS, sign43DS;
@@ -91,6 +99,16 @@ struct sTrack {
     // that run of checks leaves them. True when any edge crosses. Quicker:
     // the barrier far from the outline is looked at once, not once per edge.
     bool checkOutline(const float* x, const float* z, unsigned int corners, bool* hit);
+    // What the karts ask of the barriers (track/barriers.cpp). The barrier
+    // point nearest (x, z) into (qx, qz), and its distance; `within` when
+    // none is nearer than that.
+    double nearestwall(double x, double z, double within, double& qx, double& qz) const;
+    // Whether the way from (x1, z1) to (x2, z2) crosses the barriers an odd
+    // number of times: from a point on the circuit, whether it ends off it.
+    bool oddcrossings(double x1, double z1, double x2, double z2) const;
+    // The deepest intrusion of a kart's outline (eight corners, its centre at
+    // (cx, cz)) into the barriers.
+    sIntrusion deepestintrusion(const float* x, const float* z, float cx, float cz) const;
     // Which objects, centre points and barrier segments the camera sees this frame.
     void isinview();
     // Gantry, TV cameras, barriers, roadside objects and fences.
