@@ -154,6 +154,10 @@ tVector3 Normalize(tVector3 vNormal);
 
 // A drawable model: its mesh, its textures (entry i for material i) and one
 // display list. Global records start zeroed; load once, free once.
+// The steps s3DS::castshadow takes a model through, each a turn about one
+// axis (the first two also mirror one), or none.
+const unsigned int STEP_PITCH = 0, STEP_HEADING = 1, STEP_ROLL = 2, STEP_NONE = 3;
+
 struct s3DS {
     unsigned int Texture[MAX_3DSTEXTURES];
     CLoad3DS g_Load3ds;

@@ -85,8 +85,8 @@ void sGokartStaticData::init() {
     maxturn = 45.0f;
     turn = 45.0f;
     deturn = 90.0f;
-    topspeed = 25.0f;
-    acceleration = 20.0f;
+    topspeed = kartfacts::kTopSpeed;
+    acceleration = kartfacts::kAcceleration;
     decceleration = 22.0f;
     resistance = 1.25f;
     grip = 5.0f;

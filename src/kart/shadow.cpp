@@ -13,10 +13,6 @@
 
 namespace {
 
-// The steps s3DS::castshadow takes a model through, each a turn about one
-// axis (the first two also mirror one), or none.
-const unsigned int STEP_PITCH = 0, STEP_HEADING = 1, STEP_ROLL = 2, STEP_NONE = 3;
-
 // The order the parts are cast: the kart, then its driver.
 const eMount CASTORDER[NMOUNTS] = {
     MOUNT_PLASTIC, MOUNT_CHASIS, MOUNT_LFRONTWHEEL, MOUNT_RFRONTWHEEL, MOUNT_LREARWHEEL, MOUNT_RREARWHEEL,

@@ -23,7 +23,8 @@ void sTrack::castshadow() {
     const unsigned int n = pairs();
 
     if (config.shadows) {
-        finish3DS.castshadow(0, lx, ly, lz, trackscale * TRACK_GANTRY_X, 0, TRACK_GANTRY_Z, 0, 0, 0, 3, 3, 3);
+        finish3DS.castshadow(0, lx, ly, lz, trackscale * TRACK_GANTRY_X, 0, TRACK_GANTRY_Z, 0, 0, 0,
+                             STEP_NONE, STEP_NONE, STEP_NONE);
 
         // Plants shade the ground with their pictures instead (drawshadowmap).
         for (unsigned int i = 0; i < nobjects; i++) {
@@ -34,8 +35,9 @@ void sTrack::castshadow() {
             // under the object as drawn, an object's shadow is its half-turned
             // twin; pinned by TrackKept.AnObjectsShadowLiesHalfATurnRoundFromTheObject
             const float x = miscobject[i].x, z = miscobject[i].z, a = (float)(i * OBJECT_TURN);
-            miscobjectPTR[type]->castshadow(0, lx, ly, lz, x, 0, z, 0, a, 0, 3, 1, 3);
-            if (type == TRACK_ADBOARD) adboard3DS.castshadow(0, lx, ly, lz, x, 0, z, 0, a, 0, 3, 1, 3);
+            miscobjectPTR[type]->castshadow(0, lx, ly, lz, x, 0, z, 0, a, 0, STEP_NONE, STEP_HEADING, STEP_NONE);
+            if (type == TRACK_ADBOARD)
+                adboard3DS.castshadow(0, lx, ly, lz, x, 0, z, 0, a, 0, STEP_NONE, STEP_HEADING, STEP_NONE);
         }
 
         // The faces towards and away from the road cast; the top adds nothing
@@ -68,8 +70,10 @@ void sTrack::castshadow() {
         if (K.pz > cz) camera_ay[i] += 180;
         if (config.shadows >= 2) {
             // Turned by a + 180, the stand casts as it is drawn (see s3DS::castshadow).
-            camerastand3DS.castshadow(0, lx, ly, lz, cx, 0, cz, 0, (float)(i * STAND_TURN + 180), 0, 3, 1, 3);
-            camera3DS.castshadow(0, lx, ly, lz, cx, CAMERA_HEIGHT_F, cz, camera_ax[i], camera_ay[i], 0, 0, 1, 3);
+            camerastand3DS.castshadow(0, lx, ly, lz, cx, 0, cz, 0, (float)(i * STAND_TURN + 180), 0,
+                                      STEP_NONE, STEP_HEADING, STEP_NONE);
+            camera3DS.castshadow(0, lx, ly, lz, cx, CAMERA_HEIGHT_F, cz, camera_ax[i], camera_ay[i], 0,
+                                 STEP_PITCH, STEP_HEADING, STEP_NONE);
         } else {
             doCshadowmap[i] = config.shadows == 1;
         }
@@ -96,7 +100,8 @@ void sTrack::drawshadowmap() {
             float a = atandeg(lx - x, lz - z);
             if (z > lz) a += 180;
             glBindTexture(GL_TEXTURE_2D, natureTexture[i % N_TREES]);
-            miscobjectPTR[TRACK_PLANT]->castshadowmask(0, lx, ly, lz, x, 0, z, 0, a, 0, 3, 1, 3);
+            miscobjectPTR[TRACK_PLANT]->castshadowmask(0, lx, ly, lz, x, 0, z, 0, a, 0,
+                                                       STEP_NONE, STEP_HEADING, STEP_NONE);
         }
     }
 
