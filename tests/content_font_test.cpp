@@ -19,21 +19,14 @@
 #include "shell/bvconfig.h"
 #include "shell/main.h"
 #include "support/bvtest_fixtures.h"
+#include "support/decode.h"
 #include "writers/tga.h"
 
 namespace {
 
 const std::string kData = std::string(BV_GAME_DIR) + "/Data/";
 
-sTGAImage decodeFile(const std::string& path) {
-    sTGAImage image{};
-    FILE* f = fopen(path.c_str(), "rb");
-    EXPECT_NE(f, nullptr) << path;
-    if (!f) return image;
-    EXPECT_EQ(decodeTGA(f, &image), TGA_OK) << path;
-    fclose(f);
-    return image;
-}
+using bvtest::decodeFile;
 
 // Alpha of the atlas at column x and row y counted from the top of the picture.
 unsigned char alphaAt(const sTGAImage& img, unsigned int x, unsigned int y) {

@@ -18,6 +18,7 @@
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
 #include "support/bvtest_fixtures.h"
+#include "support/decode.h"
 #include "writers/tga.h"
 
 namespace {
@@ -33,15 +34,7 @@ sTGAImage decodeBytes(const std::vector<unsigned char>& bytes) {
     return image;
 }
 
-sTGAImage decodeFile(const std::string& path) {
-    sTGAImage image{};
-    FILE* f = fopen(path.c_str(), "rb");
-    EXPECT_NE(f, nullptr) << path;
-    if (!f) return image;
-    EXPECT_EQ(decodeTGA(f, &image), TGA_OK) << path;
-    fclose(f);
-    return image;
-}
+using bvtest::decodeFile;
 
 // The decoder's pixels (bottom row first, RGB(A)) against the generator's (top row first, RGBA).
 ::testing::AssertionResult samePixels(const sTGAImage& img, const bvw::RGBA8Image& want, int bpp) {

@@ -26,6 +26,7 @@
 #include "shell/mouse.h"
 #include "shell/performance.h"
 #include "support/bvtest_fixtures.h"
+#include "support/race_scene.h"
 #include "track/track.h"
 
 namespace {
@@ -33,7 +34,6 @@ namespace {
 namespace fs = std::filesystem;
 
 const int W = 640, H = 480;
-const long CLOCK0 = 1000000000L;
 const unsigned int NVIEWS = 5;
 
 // What the upper quarter of a picture is like.
@@ -42,43 +42,17 @@ struct SkyBand {
     double offFog = 0;   // share of pixels well away from the fog colour
 };
 
-class ContentSky : public ::testing::Test {
+class ContentSky : public bvtest::RaceSceneTest {
 protected:
     void SetUp() override {
-        fs::remove_all("Data");
-        fs::copy(std::string(BV_GAME_DIR) + "/Data", "Data", fs::copy_options::recursive);
-        fs::remove("Data/gencon.bvd");
-        bvtest::writeFile("Data/config.bvd", bvtest::readFile(std::string(BV_SOURCE_DIR) + "/data/config.bvd"));
-        blackbox.init("Data/blackbox.bvd", false);
-        ASSERT_TRUE(config.init("Data/config.bvd"));
-        config.soundeffects = 0;
-        bvtest::openWindow(W, H);
-        initGL();
+        copyGameData();
+        openGame(W, H);
+        if (HasFatalFailure()) return;
         config.ngokarts = 6;
         config.nhumanplayers = 1;
         // The race texts stand in the upper quarter: only the sky is measured.
         config.hud = 0;
-        keyboard.init();
-        mouse.init();
-        performance.init();
-        performance.fps = 30;
-        bvclock_override = CLOCK0;
-        fontTGA.init("Arial", 0.75f);
-        menu.init();
-        track.init(0.125f);
-    }
-    void TearDown() override {
-        bvclock_override = -1;
-        killScene();
-    }
-
-    void frame() {
-        frames++;
-        bvclock_override = CLOCK0 + frames * 1000000L / 30;
-        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
-        resizeGLwindow3D();
-        drawScene();
-        glFinish();
+        readyGame();
     }
     // The race on `name` as the menu starts it, standing on the grid.
     void startOn(const std::string& name) {
@@ -95,17 +69,13 @@ protected:
         } else {
             track.load();
         }
-        frames = 0;
-        bvclock_override = CLOCK0;
-        resetScene();
+        restart();
         frame();
     }
     // Back on the grid in the view `mode`, once the eased views have settled
     // and before the start releases the karts.
     void selectView(unsigned int mode) {
-        frames = 0;
-        bvclock_override = CLOCK0;
-        resetScene();
+        restart();
         keyboard.key['1' + mode] = true;
         frame();
         keyboard.key['1' + mode] = false;
@@ -145,8 +115,6 @@ protected:
         return band;
     }
 
-    bvtest::ScratchDir dir;
-    long frames = 0;
     bool scene = false;
 };
 

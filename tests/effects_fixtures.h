@@ -15,6 +15,7 @@
 #include "shell/bvconfig.h"
 #include "shell/main.h"
 #include "support/bvtest_fixtures.h"
+#include "support/glreads.h"
 
 namespace effects {
 
@@ -43,21 +44,11 @@ inline void openGameWindow(int width, int height) {
     initGL();
 }
 
-// The whole back buffer, RGB rows from the bottom.
-inline std::vector<unsigned char> frame() {
-    std::vector<unsigned char> p(config.width * config.height * 3);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, config.width, config.height, GL_RGB, GL_UNSIGNED_BYTE, p.data());
-    return p;
-}
+using bvtest::frame;
 
 // Keeps what the test saw, as TGA, beside the other tests' pictures.
 inline void keepShot(const std::string& name) {
-    std::vector<unsigned char> p = frame();
-    for (size_t i = 0; i < p.size(); i += 3) std::swap(p[i], p[i + 2]);
-    std::string dir = std::string(BV_GAME_DIR) + "/../tests/effects_shots";
-    fs::create_directories(dir);
-    bvtest::writeTGA(dir + "/" + name + ".tga", config.width, config.height, 24, p);
+    bvtest::keepShot("effects_shots", name);
 }
 
 // Mean of the three colour channels over a square of pixels round (x, y).

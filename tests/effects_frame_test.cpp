@@ -11,6 +11,7 @@
 #include "kart/gokart.h"
 #include "scene/camera.h"
 #include "scene/lensflare.h"
+#include "scene/scene.h"
 #include "scene/shader.h"
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
@@ -55,24 +56,17 @@ protected:
 // Steps 7 to 20 of the race frame, without the ghost and the head-up display.
 void raceFrame() {
     resizeGLwindow3D();
-    glClearColor(0.525f, 0.525f, 0.5f, 1);
+    setRaceLight();
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
-    float ambient[4] = {0.125f, 0.125f, 0.125f, 1}, diffuse[4] = {1, 1, 1, 1};
-    glLightfv(GL_LIGHT0, GL_AMBIENT, ambient);
-    glLightfv(GL_LIGHT0, GL_DIFFUSE, diffuse);
-    glEnable(GL_LIGHT0);
     glPushMatrix();
-    glRotatef(-camera.ax, 1, 0, 0);
-    glRotatef(-camera.az, 0, 0, 1);
-    glRotatef(-camera.ay, 0, 1, 0);
-    glTranslatef(-camera.px, -camera.py, -camera.pz);
+    camera.transform();
     track.isinview();
     for (unsigned int i = 0; i < config.ngokarts; i++) gokart[i].isinview();
     track.castshadow();
     if (config.shadows)
         for (unsigned int i = 0; i < config.ngokarts; i++) gokart[i].castshadow();
     glEnable(GL_LIGHTING);
-    glLightfv(GL_LIGHT0, GL_POSITION, LightPosition);
+    placeRaceLight();
     glCallList(track.LIST_ground);
     glDisable(GL_LIGHTING);
     track.drawshadowmap();

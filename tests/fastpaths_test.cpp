@@ -20,6 +20,7 @@
 #include "scene/shader.h"
 #include "shell/bvconfig.h"
 #include "support/bvtest_fixtures.h"
+#include "support/glreads.h"
 
 namespace {
 
@@ -44,20 +45,11 @@ bool sameBits(float a, float b) {
 
 // Looking straight down on the ground round (cx, cz), `size` across.
 void topView(float cx, float cz, float size) {
-    glViewport(0, 0, W, H);
-    glMatrixMode(GL_PROJECTION);
-    glLoadIdentity();
-    glOrtho(cx - size / 2, cx + size / 2, -cz - size / 2 * H / W, -cz + size / 2 * H / W, -100, 100);
-    glMatrixMode(GL_MODELVIEW);
-    glLoadIdentity();
-    glRotatef(90, 1, 0, 0);
+    bvtest::topView(W, H, cx, cz, size / 2, size / 2 * H / W, 100);
 }
 
 std::vector<unsigned char> stencil() {
-    std::vector<unsigned char> p((size_t)W * H);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, W, H, GL_STENCIL_INDEX, GL_UNSIGNED_BYTE, p.data());
-    return p;
+    return bvtest::stencil(W, H);
 }
 
 std::vector<float> depth() {

@@ -5,6 +5,7 @@
 // kart_* test programs. Races run on simulated time: the frame rate is fixed
 // and the clock is stepped by one frame at a time.
 
+#include <SDL/SDL.h>
 #include <gtest/gtest.h>
 
 #include <array>
@@ -15,8 +16,10 @@
 #include <vector>
 
 #include "kart/gokart.h"
+#include "scene/scene.h"
 #include "shell/blackbox.h"
 #include "shell/bvconfig.h"
+#include "shell/keyboard.h"
 #include "shell/performance.h"
 #include "support/bvtest_fixtures.h"
 #include "track/track.h"
@@ -130,6 +133,7 @@ protected:
         config.nhumanplayers = 1;
         performance.fps = 60;
         bvclock_override = CLOCK0;
+        startClock();
     }
     // The kart data is given back whole, as the game's shutdown does.
     void TearDown() override {
@@ -156,7 +160,25 @@ protected:
     void startRace() {
         gokartstaticdata.init();
         for (unsigned char i = 0; i < GOKART_NKARTS; i++) gokart[i].init(i);
+        startClock();
+    }
+    // The race clock at its start, and the scene's start clock with it (as
+    // the scene's reset sets it); no key held.
+    void startClock() {
         frames = 0;
+        ::s = ::e = CLOCK0;
+        ::t = 0;
+        for (unsigned int p = 0; p < 2; p++)
+            for (unsigned int c = 0; c < 4; c++) {
+                keyboard.key[KEYS[p][c]] = false;
+                left[p][c] = false;
+            }
+    }
+    // The race already under way: the start clock has run out, so player 1's
+    // pedals count from the next frame on, and the computer's drivers drive.
+    void runOutStartClock() {
+        ::s = CLOCK0 - 4 * BV_CLOCKS_PER_SEC;
+        ::t = 4;
     }
     double raceTime() const { return frames / (double)fps(); }
     int fps() const { return (int)performance.fps; }
@@ -164,19 +186,16 @@ protected:
         frames++;
         bvclock_override = CLOCK0 + (long)(frames * 1000000LL / fps());
     }
-    // One race frame's simulation, in the scene's order; the human karts'
-    // commands are whatever the test has put into them.
+    // One race frame's simulation, run by the scene itself. A command the
+    // test has put into a human kart is a key its player holds from then on;
+    // the kart gets it when the scene reads the keys, so player 1's pedals
+    // wait for the start as in a race.
     void frame() {
         tick();
-        double t = raceTime();
-        for (unsigned int i = 0; i < config.ngokarts; i++) gokart[i].colide();
-        if (config.nhumanplayers >= 1) gokart[0].move();
-        if (config.nhumanplayers > 1) gokart[1].move();
-        if (t > 2.0)
-            for (unsigned int i = config.nhumanplayers; i < config.ngokarts; i++) {
-                gokart[i].think();
-                gokart[i].move();
-            }
+        holdKeys();
+        raceStep();
+        for (unsigned int p = 0; p < 2; p++)
+            for (unsigned int c = 0; c < 4; c++) left[p][c] = *command(gokart[p], c);
     }
     // A lone kart's own frame: its outline, then its move.
     void drive(sGokart& k, int n = 1) {
@@ -189,6 +208,27 @@ protected:
 
     bvtest::ScratchDir dir;
     long frames = 0;
+
+private:
+    // Each human player's keys as the scene reads them: left, right, up, down.
+    static constexpr int KEYS[2][4] = {{SDLK_LEFT, SDLK_RIGHT, SDLK_UP, SDLK_DOWN}, {'j', 'l', 'i', 'k'}};
+    static bool* command(sGokart& k, unsigned int c) {
+        bool* commands[4] = {&k.kLEFT, &k.kRIGHT, &k.kUP, &k.kDOWN};
+        return commands[c];
+    }
+    // What the test changed in a human kart's commands since the last frame
+    // goes to its player's key, and the kart has back what the race left in it.
+    void holdKeys() {
+        for (unsigned int p = 0; p < 2 && p < config.nhumanplayers; p++)
+            for (unsigned int c = 0; c < 4; c++) {
+                bool* k = command(gokart[p], c);
+                if (*k == left[p][c]) continue;
+                keyboard.key[KEYS[p][c]] = *k;
+                *k = left[p][c];
+            }
+    }
+    // The commands the last frame left in karts 0 and 1.
+    bool left[2][4] = {};
 };
 
 }  // namespace kartfix

@@ -189,20 +189,11 @@ namespace {
 // Straight down on the kart from above: an orthographic view of the ground
 // `half` metres round (cx, cz).
 void topView(float cx, float cz, float half) {
-    glViewport(0, 0, W, H);
-    glMatrixMode(GL_PROJECTION);
-    glLoadIdentity();
-    glOrtho(cx - half, cx + half, -cz - half, -cz + half, -1000, 1000);
-    glMatrixMode(GL_MODELVIEW);
-    glLoadIdentity();
-    glRotatef(90, 1, 0, 0);
+    bvtest::topView(W, H, cx, cz, half, half, 1000);
 }
 
 std::vector<unsigned char> stencil() {
-    std::vector<unsigned char> s(W * H);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, W, H, GL_STENCIL_INDEX, GL_UNSIGNED_BYTE, s.data());
-    return s;
+    return bvtest::stencil(W, H);
 }
 
 // Marks bit 2 of the stencil where the light throws the kart as drawn: the

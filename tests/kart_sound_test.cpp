@@ -28,7 +28,9 @@ protected:
         for (unsigned char i = 0; i < GOKART_NKARTS; i++) gokart[i].init(i);
         gokart[0].px = 0;
         gokart[0].pz = 0;
-        frames = 0;
+        startClock();
+        // The throttle and the slides are timed by the test, not by the start.
+        runOutStartClock();
     }
     // Where the capture has got to, in seconds.
     double now() const { return capture.seconds(); }

@@ -51,10 +51,7 @@ void look(float dx, float dy, float dz) {
     resizeGLwindow3D();
     glMatrixMode(GL_MODELVIEW);
     glLoadIdentity();
-    glRotatef(-camera.ax, 1, 0, 0);
-    glRotatef(-camera.az, 0, 0, 1);
-    glRotatef(-camera.ay, 0, 1, 0);
-    glTranslatef(-camera.px, -camera.py, -camera.pz);
+    camera.transform();
 }
 
 void lookAtSun() { look(-50, 75, -20); }

@@ -23,60 +23,25 @@
 #include "shell/mouse.h"
 #include "shell/performance.h"
 #include "support/bvtest_fixtures.h"
+#include "support/race_scene.h"
 #include "track/track.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-const long CLOCK0 = 1000000000L;
-
-class PadTest : public ::testing::Test {
+class PadTest : public bvtest::RaceSceneTest {
 protected:
     void SetUp() override {
-        fs::remove_all("Data");
-        fs::copy(std::string(BV_GAME_DIR) + "/Data", "Data", fs::copy_options::recursive);
-        fs::remove("Data/gencon.bvd");
-        bvtest::writeFile("Data/config.bvd", bvtest::readFile(std::string(BV_SOURCE_DIR) + "/data/config.bvd"));
-        blackbox.init("Data/blackbox.bvd", false);
-        ASSERT_TRUE(config.init("Data/config.bvd"));
-        config.soundeffects = 0;
-        bvtest::openWindow(640, 480);
-        initGL();
+        copyGameData();
+        openGame(640, 480);
+        if (HasFatalFailure()) return;
         config.ngokarts = 1;
         config.nhumanplayers = 1;
-        keyboard.init();
-        mouse.init();
+        readyGame();
         joystick.init();
         ASSERT_EQ(joystick.device, nullptr) << "a joystick is plugged in; these tests feed their own";
-        performance.init();
-        performance.fps = 30;
-        bvclock_override = CLOCK0;
-        fontTGA.init("Arial", 0.75f);
-        menu.init();
-        track.init(0.125f);
         initScene();
-    }
-    void TearDown() override {
-        bvclock_override = -1;
-        killScene();
-    }
-    // One race frame, one thirtieth of a second after the last.
-    void frame() {
-        frames++;
-        bvclock_override = CLOCK0 + frames * 1000000L / 30;
-        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
-        resizeGLwindow3D();
-        drawScene();
-        glFinish();
-    }
-    void until(double seconds) {
-        while ((double)frames / 30 < seconds) frame();
-    }
-    void restart() {
-        frames = 0;
-        bvclock_override = CLOCK0;
-        resetScene();
     }
     // Where kart 1 is and how fast it goes, after a race driven by `drive`
     // (called before every frame) up to `seconds`.
@@ -92,8 +57,6 @@ protected:
         const sGokart& k = gokart[0];
         return {k.px, k.pz, k.ups, k.pedal_up, k.pedal_down};
     }
-    bvtest::ScratchDir dir;
-    long frames = 0;
 };
 
 TEST_F(PadTest, TheFirstButtonWaitsForTheStartThenAcceleratesLikeTheUpArrow) {

@@ -28,6 +28,7 @@
 #include "shell/mouse.h"
 #include "shell/performance.h"
 #include "support/bvtest_fixtures.h"
+#include "support/race_scene.h"
 #include "track/track.h"
 
 namespace {
@@ -35,59 +36,26 @@ namespace {
 namespace fs = std::filesystem;
 
 const int W = 320, H = 240;
-const long CLOCK0 = 1000000000L;
 
-class PauseTest : public ::testing::Test {
+class PauseTest : public bvtest::RaceSceneTest {
 protected:
     void SetUp() override {
-        fs::remove_all("Data");
-        fs::copy(std::string(BV_GAME_DIR) + "/Data", "Data", fs::copy_options::recursive);
-        fs::remove("Data/gencon.bvd");
-        bvtest::writeFile("Data/config.bvd", bvtest::readFile(std::string(BV_SOURCE_DIR) + "/data/config.bvd"));
+        copyGameData();
         // A plain sky, darker than the white texts.
         bvtest::writeSolidTGA("Data/Textures/Sky.tga", 8, 8, 110, 110, 140);
-        blackbox.init("Data/blackbox.bvd", false);
-        ASSERT_TRUE(config.init("Data/config.bvd"));
-        config.soundeffects = 0;
+        openGame(W, H);
+        if (HasFatalFailure()) return;
         config.frameratecounter = 0;
-        bvtest::openWindow(W, H);
-        initGL();
         config.ngokarts = 1;
         config.nhumanplayers = 0;  // the computer drives kart 0: the same laps every time
-        keyboard.init();
-        mouse.init();
-        performance.init();
-        performance.fps = 30;
-        bvclock_override = CLOCK0;
-        fontTGA.init("Arial", 0.75f);
-        menu.init();
-        track.init(0.125f);
+        readyGame();
         initScene();
         menu.m = MENU_RACING;
     }
-    void TearDown() override {
-        bvclock_override = -1;
-        killScene();
-    }
-
-    // One race frame, one thirtieth of a second after the last.
-    void frame() {
-        frames++;
-        bvclock_override = CLOCK0 + frames * 1000000L / 30;
-        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
-        resizeGLwindow3D();
-        drawScene();
-        glFinish();
-    }
-    void until(double seconds) {
-        while ((double)frames / 30 < seconds) frame();
-    }
     // A fresh race as the menu starts one, the computer's choices the same each time.
-    void restart() {
+    void restart() override {
         srand(7);
-        frames = 0;
-        bvclock_override = CLOCK0;
-        resetScene();
+        RaceSceneTest::restart();
     }
     // One frame with the key down, and released after it.
     void press(unsigned int sym) {
@@ -132,9 +100,6 @@ protected:
         e.active.state = (Uint8)state;
         return e;
     }
-
-    bvtest::ScratchDir dir;
-    long frames = 0;
 };
 
 TEST_F(PauseTest, ALapWithAFiveSecondPauseTakesTheSameTimeToTheFrame) {

@@ -22,60 +22,33 @@
 #include "shell/mouse.h"
 #include "shell/performance.h"
 #include "support/bvtest_fixtures.h"
+#include "support/race_scene.h"
 #include "track/track.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-const long CLOCK0 = 1000000000L;
-
-class SceneRescue : public ::testing::Test {
+class SceneRescue : public bvtest::RaceSceneTest {
 protected:
     void SetUp() override {
-        fs::remove_all("Data");
-        fs::copy(std::string(BV_GAME_DIR) + "/Data", "Data", fs::copy_options::recursive);
-        fs::remove("Data/gencon.bvd");
-        bvtest::writeFile("Data/config.bvd", bvtest::readFile(std::string(BV_SOURCE_DIR) + "/data/config.bvd"));
-        blackbox.init("Data/blackbox.bvd", false);
-        ASSERT_TRUE(config.init("Data/config.bvd"));
-        config.soundeffects = 0;
-        bvtest::openWindow(160, 120);
-        initGL();
+        copyGameData();
+        openGame(160, 120);
+        if (HasFatalFailure()) return;
         config.ngokarts = 3;
         config.nhumanplayers = 1;
-        keyboard.init();
-        mouse.init();
-        performance.init();
-        performance.fps = 30;
-        bvclock_override = CLOCK0;
-        fontTGA.init("Arial", 0.75f);
-        menu.init();
-        track.init(0.125f);
+        readyGame();
         initScene();
     }
-    void TearDown() override {
-        bvclock_override = -1;
-        killScene();
-    }
-
-    // One race frame, one thirtieth of a second after the last.
-    void frame() {
-        frames++;
-        bvclock_override = CLOCK0 + frames * 1000000L / 30;
-        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
-        resizeGLwindow3D();
+    // One frame of the game as the menu shows a race, one thirtieth of a second after the last.
+    void frame() override {
+        nextFrame();
         menu.display();
         glFinish();
     }
-    void until(double seconds) {
-        while ((double)frames / 30 < seconds) frame();
-    }
-    void restart() {
-        frames = 0;
-        bvclock_override = CLOCK0;
+    void restart() override {
         menu.m = MENU_RACING;
-        resetScene();
+        RaceSceneTest::restart();
     }
     // Kart k half way round its lap, put down somewhere far from the pair
     // it last reached, moving.
@@ -93,9 +66,6 @@ protected:
         return std::hypot(k.px - (track.Lpoint[c].x + track.Rpoint[c].x) / 2,
                           k.pz - (track.Lpoint[c].z + track.Rpoint[c].z) / 2);
     }
-
-    bvtest::ScratchDir dir;
-    long frames = 0;
 };
 
 TEST_F(SceneRescue, BackspaceRescuesPlayerOneOnceAPress) {

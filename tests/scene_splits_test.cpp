@@ -29,6 +29,7 @@
 #include "shell/mouse.h"
 #include "shell/performance.h"
 #include "support/bvtest_fixtures.h"
+#include "support/race_scene.h"
 #include "track/track.h"
 
 namespace {
@@ -36,38 +37,19 @@ namespace {
 namespace fs = std::filesystem;
 
 const int W = 640, H = 480;
-const long CLOCK0 = 1000000000L;
 
-class SceneSplits : public ::testing::Test {
+class SceneSplits : public bvtest::RaceSceneTest {
 protected:
     void SetUp() override {
-        fs::remove_all("Data");
-        fs::copy(std::string(BV_GAME_DIR) + "/Data", "Data", fs::copy_options::recursive);
-        fs::remove("Data/gencon.bvd");
+        copyGameData();
         fs::create_directories("Data/Ghosts");
-        bvtest::writeFile("Data/config.bvd", bvtest::readFile(std::string(BV_SOURCE_DIR) + "/data/config.bvd"));
-        blackbox.init("Data/blackbox.bvd", false);
-        ASSERT_TRUE(config.init("Data/config.bvd"));
-        config.soundeffects = 0;
+        openGame(W, H);
+        if (HasFatalFailure()) return;
         config.ngokarts = 1;
         config.nhumanplayers = 1;
-        bvtest::openWindow(W, H);
-        initGL();
-        keyboard.init();
-        mouse.init();
-        performance.init();
-        performance.fps = 30;
-        bvclock_override = CLOCK0;
-        fontTGA.init("Arial", 0.75f);
-        menu.init();
-        track.init(0.125f);
+        readyGame();
         initScene();
     }
-    void TearDown() override {
-        bvclock_override = -1;
-        killScene();
-    }
-
     // A best lap in the track's ghost file: the middle of the road from the
     // last pair round to it again, `seconds` long; read as a race on the
     // track reads it.
@@ -103,19 +85,9 @@ protected:
         keyboard.key[SDLK_UP] = std::fabs(e) < 20 || k.ups < 8;
     }
     // One race frame, one thirtieth of a second after the last.
-    void frame() {
+    void frame() override {
         press();
-        frames++;
-        bvclock_override = CLOCK0 + frames * 1000000L / 30;
-        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
-        resizeGLwindow3D();
-        drawScene();
-        glFinish();
-    }
-    void restart() {
-        frames = 0;
-        bvclock_override = CLOCK0;
-        resetScene();
+        RaceSceneTest::frame();
     }
     // Pixels of the split's colours under the lap time: {red, green}.
     std::vector<int> under() {
@@ -148,9 +120,6 @@ protected:
                frames / 30.0, seen[0], seen[1]);
         return seen;
     }
-
-    bvtest::ScratchDir dir;
-    long frames = 0;
 };
 
 TEST_F(SceneSplits, AheadOfASlowBestTheSplitIsGreenWithTheGhostDrawnOrNot) {

@@ -23,6 +23,7 @@
 #include "shell/mouse.h"
 #include "shell/performance.h"
 #include "support/bvtest_fixtures.h"
+#include "support/race_scene.h"
 #include "track/track.h"
 
 namespace {
@@ -30,7 +31,6 @@ namespace {
 namespace fs = std::filesystem;
 
 const int W = 640, H = 480;
-const long CLOCK0 = 1000000000L;
 
 struct Colour {
     int r, g, b;
@@ -38,13 +38,10 @@ struct Colour {
 const Colour CYAN = {0, 255, 255}, MAGENTA = {255, 0, 255}, YELLOW = {255, 255, 0}, BLUE = {0, 0, 255},
              RED = {255, 0, 0};
 
-class SceneTest : public ::testing::Test {
+class SceneTest : public bvtest::RaceSceneTest {
 protected:
     void SetUp() override {
-        fs::remove_all("Data");
-        fs::copy(std::string(BV_GAME_DIR) + "/Data", "Data", fs::copy_options::recursive);
-        fs::remove("Data/gencon.bvd");
-        bvtest::writeFile("Data/config.bvd", bvtest::readFile(std::string(BV_SOURCE_DIR) + "/data/config.bvd"));
+        copyGameData();
         // Plain pictures where the tests look: a plain sky, the dial, and
         // the gloves and wheel grip, the sleeves and the helmet.
         solid("Sky.tga", {110, 110, 140});
@@ -53,50 +50,16 @@ protected:
         solid("Tyre.tga", CYAN);
         solid("Suit.tga", MAGENTA);
         solid("Helmet.tga", YELLOW);
-        blackbox.init("Data/blackbox.bvd", false);
-        ASSERT_TRUE(config.init("Data/config.bvd"));
-        config.soundeffects = 0;
-        bvtest::openWindow(W, H);
-        initGL();
+        openGame(W, H);
+        if (HasFatalFailure()) return;
         config.player1color = 0;  // red
         config.ngokarts = 1;
         config.nhumanplayers = 1;
-        keyboard.init();
-        mouse.init();
-        performance.init();
-        performance.fps = 30;
-        bvclock_override = CLOCK0;
-        fontTGA.init("Arial", 0.75f);
-        menu.init();
-        track.init(0.125f);
+        readyGame();
         initScene();
-    }
-    void TearDown() override {
-        bvclock_override = -1;
-        killScene();
     }
     void solid(const std::string& file, Colour c, int a = -1) {
         bvtest::writeSolidTGA("Data/Textures/" + file, 8, 8, c.r, c.g, c.b, a);
-    }
-
-    // One race frame, one thirtieth of a second after the last.
-    void frame() {
-        frames++;
-        bvclock_override = CLOCK0 + frames * 1000000L / 30;
-        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
-        resizeGLwindow3D();
-        drawScene();
-        glFinish();
-    }
-    // Frames until the start clock has passed `seconds`.
-    void until(double seconds) {
-        while ((double)frames / 30 < seconds) frame();
-    }
-    // A fresh race as the menu starts one, with the clock restarting here.
-    void restart() {
-        frames = 0;
-        bvclock_override = CLOCK0;
-        resetScene();
     }
 
     std::vector<unsigned char> pixels() {
@@ -150,9 +113,6 @@ protected:
         keyboard.key['1' + mode] = false;
         ASSERT_EQ(camera.mode, mode);
     }
-
-    bvtest::ScratchDir dir;
-    long frames = 0;
 };
 
 TEST_F(SceneTest, WithoutHumansTheComputerDrivesKartZeroOnceTheStartClockPassesTwo) {

@@ -13,6 +13,7 @@
 #include "scene/shader.h"
 #include "shell/bvconfig.h"
 #include "support/bvtest_fixtures.h"
+#include "support/glreads.h"
 #include "writers/writer3ds.h"
 
 using bvtest::Pixel;
@@ -28,13 +29,7 @@ const float HALF = 8;  // the views show -8..8 in both directions
 // Looking straight down on the ground: window x grows with world x, window y
 // with -z.
 void topView() {
-    glViewport(0, 0, SIZE, SIZE);
-    glMatrixMode(GL_PROJECTION);
-    glLoadIdentity();
-    glOrtho(-HALF, HALF, -HALF, HALF, -1000, 1000);
-    glMatrixMode(GL_MODELVIEW);
-    glLoadIdentity();
-    glRotatef(90, 1, 0, 0);
+    bvtest::topView(SIZE, SIZE, 0, 0, HALF, HALF, 1000);
     glClearColor(0.2f, 0.2f, 0.2f, 1);
     glClearStencil(0);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);

@@ -18,6 +18,7 @@
 #include "shell/bvconfig.h"
 #include "shell/main.h"
 #include "support/bvtest_fixtures.h"
+#include "support/glreads.h"
 #include "track/track.h"
 #include "writers/writer3ds.h"
 
@@ -197,25 +198,18 @@ inline void writeData(bool ads = true) {
     }
 }
 
-// The race frame's light and view, as the scene sets them up.
+// The race frame's light and view, set up by the scene's own steps.
 inline void raceView() {
     camera.axmargin = 35;
     camera.aymargin = 45;
     camera.fov = 55;
     resizeGLwindow3D();
-    glClearColor(0.525f, 0.525f, 0.5f, 1);
+    setRaceLight();
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
-    float ambient[4] = {0.125f, 0.125f, 0.125f, 1}, diffuse[4] = {1, 1, 1, 1}, position[4] = {-500, 750, -200, 1};
-    glLightfv(GL_LIGHT0, GL_AMBIENT, ambient);
-    glLightfv(GL_LIGHT0, GL_DIFFUSE, diffuse);
-    glEnable(GL_LIGHT0);
     glMatrixMode(GL_MODELVIEW);
     glLoadIdentity();
-    glRotatef(-camera.ax, 1, 0, 0);
-    glRotatef(-camera.az, 0, 0, 1);
-    glRotatef(-camera.ay, 0, 1, 0);
-    glTranslatef(-camera.px, -camera.py, -camera.pz);
-    glLightfv(GL_LIGHT0, GL_POSITION, position);
+    camera.transform();
+    placeRaceLight();
 }
 
 // Ground, visibility and objects in the order of the race frame.
@@ -240,30 +234,15 @@ inline void placeCamera(float px, float py, float pz, float ax, float ay) {
     camera.az = 0;
     camera.axmargin = 35;
     camera.aymargin = 45;
-    camera.mode = 4;
+    camera.mode = CAMERA_FREE;
     camera.ignoreisinview = false;
 }
 
-// The whole back buffer, RGB rows from the bottom.
-inline std::vector<unsigned char> frame() {
-    std::vector<unsigned char> p(config.width * config.height * 3);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, config.width, config.height, GL_RGB, GL_UNSIGNED_BYTE, p.data());
-    return p;
-}
+using bvtest::frame;
 
 // Keeps what the test saw, as TGA, for a person to look at.
 inline void keepShot(const std::string& name) {
-    std::vector<unsigned char> p = frame();
-    std::vector<unsigned char> bgr(p.size());
-    for (size_t i = 0; i < p.size(); i += 3) {
-        bgr[i] = p[i + 2];
-        bgr[i + 1] = p[i + 1];
-        bgr[i + 2] = p[i];
-    }
-    std::string dir = std::string(BV_GAME_DIR) + "/../tests/track_shots";
-    fs::create_directories(dir);
-    bvtest::writeTGA(dir + "/" + name + ".tga", config.width, config.height, 24, bgr);
+    bvtest::keepShot("track_shots", name);
 }
 
 }  // namespace trackfix

@@ -54,7 +54,7 @@ void initScene() {
     resetScene();
 }
 
-void resetScene() {
+void setRaceLight() {
     setLight(LightAmbient, 0.125f, 0.125f, 0.125f, 1);
     setLight(LightDiffuse, 1, 1, 1, 1);
     setLight(LightPosition, -500, 750, -200, 1);
@@ -63,6 +63,14 @@ void resetScene() {
     glLightfv(GL_LIGHT0, GL_POSITION, LightPosition);
     glEnable(GL_LIGHT0);
     glClearColor(0.525f, 0.525f, 0.5f, 1);
+}
+
+void placeRaceLight() {
+    glLightfv(GL_LIGHT0, GL_POSITION, LightPosition);
+}
+
+void resetScene() {
+    setRaceLight();
     racepause.init();
     camera.init(CAMERA_CHASE, 26.01f, 1.5f, 22.0f, 0, 0, 0, 55);
     for (unsigned char i = 0; i < GOKART_NKARTS; i++) gokart[i].init(i);
@@ -194,8 +202,7 @@ void castShadows(unsigned int n) {
 void drawGround(bool skyAround) {
     frameStep("ground");
     glEnable(GL_LIGHTING);
-    // Given again under the view, so that the light stays put in the world.
-    glLightfv(GL_LIGHT0, GL_POSITION, LightPosition);
+    placeRaceLight();
     if (config.fog) glEnable(GL_FOG);
     if (skyAround) {
         if (shortcuts.road) glCallList(track.LIST_ground + 5);
@@ -288,6 +295,13 @@ void handleRaceKeys() {
 
 }  // namespace
 
+void raceStep() {
+    runStartClock();
+    rescueKarts();
+    driveKarts(racingKarts());
+    splits.update();
+}
+
 void drawScene() {
     const sCamera target = camera;
     const unsigned int n = racingKarts();
@@ -295,12 +309,7 @@ void drawScene() {
     FSOUND_SetSFXMasterVolume((int)config.soundvolume);
     racepause.keys();
     const bool running = !racepause.paused;
-    if (running) {
-        runStartClock();
-        rescueKarts();
-        driveKarts(n);
-        splits.update();
-    }
+    if (running) raceStep();
     unsigned int focus = running ? aimCamera(target) : followedKart();
     drawWorld(n);
     drawOverlays(focus);

@@ -12,6 +12,19 @@ void resetScene();
 void drawScene();
 void killScene();
 
+// The race frame's simulation, everything before the eye is placed: the start
+// clock, the rescue keys, the karts (their collisions, the players' keys with
+// player 1's pedals waiting for the start, and moves, then the computer's
+// drivers, who wait too) and the splits. drawScene runs it on every frame
+// that is not paused; tests run it to drive a race without drawing one.
+void raceStep();
+
+// Light 0 of the race as every race begins (its place given under the
+// matrix of the moment), and the grey the frame is cleared to.
+void setRaceLight();
+// Light 0's place given again under the view, so that it stays put in the world.
+void placeRaceLight();
+
 // Light 0 of the race; the position is in the world, w = 1.
 extern float LightAmbient[4];
 extern float LightDiffuse[4];
