@@ -231,6 +231,18 @@ private:
     bool left[2][4] = {};
 };
 
+// On the test circuit's start straight, whose right barrier is the line
+// x = 30.75 with its normal pointing back across the road (-x).
+class BarrierTest : public KartTest {
+protected:
+    void SetUp() override {
+        KartTest::SetUp();
+        loadTrack("oval", Circuit().file(100));
+        startRace();
+    }
+    sGokart& k = gokart[0];
+};
+
 }  // namespace kartfix
 
 #endif

@@ -10,21 +10,8 @@
 
 using namespace kartfix;
 
-namespace {
-
-// On the test circuit's start straight, whose right barrier is the line
-// x = 30.75 with its normal pointing back across the road (-x).
-class KartKept : public KartTest {
-protected:
-    void SetUp() override {
-        KartTest::SetUp();
-        loadTrack("oval", Circuit().file(100));
-        startRace();
-    }
-    sGokart& k = gokart[0];
-};
-
-}  // namespace
+// On the test circuit's start straight, against its right barrier.
+using KartKept = BarrierTest;
 
 TEST_F(KartKept, TheBounceTakesTheWallAngleWithTheRounded573) {
     k.px = 29.75f;

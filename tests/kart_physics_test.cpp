@@ -367,21 +367,8 @@ TEST_F(KartPhysics, HeadSpringStepsInOrder) {
     EXPECT_NEAR(k.head_ax, 1 + axs * 2.5f / 60, 1e-5);
 }
 
-namespace {
-
-// On the test circuit's start straight, whose right barrier is the line
-// x = 30.75 with its normal pointing back across the road (-x).
-class KartBarrier : public KartTest {
-protected:
-    void SetUp() override {
-        KartTest::SetUp();
-        loadTrack("oval", Circuit().file(100));
-        startRace();
-    }
-    sGokart& k = gokart[0];
-};
-
-}  // namespace
+// On the test circuit's start straight, against its right barrier.
+using KartBarrier = BarrierTest;
 
 TEST_F(KartBarrier, HeadOnMirrorsTheTravel) {
     k.px = 29.75f;

@@ -198,6 +198,19 @@ inline void writeData(bool ads = true) {
     }
 }
 
+// A small window in the game's GL state, for pictures of the track's shadows:
+// no fog or sound, the finest detail, everything within 60 of the eye, and
+// the shadows cast without the projectors.
+inline void openShadowWindow(int w, int h) {
+    bvtest::openWindow(w, h);
+    config.soundeffects = 0;
+    initGL();
+    config.fog = 0;
+    config.lod = 2;
+    config.LOrange[0] = config.LOrange[1] = config.LOrange[2] = 60;
+    config.shadowprojectors = 0;
+}
+
 // The race frame's light and view, set up by the scene's own steps.
 inline void raceView() {
     camera.axmargin = 35;

@@ -20,13 +20,7 @@ const int W = 160, H = 120;
 class TrackKept : public ::testing::Test {
 protected:
     void SetUp() override {
-        bvtest::openWindow(W, H);
-        config.soundeffects = 0;
-        initGL();
-        config.fog = 0;
-        config.lod = 2;
-        config.LOrange[0] = config.LOrange[1] = config.LOrange[2] = 60;
-        config.shadowprojectors = 0;
+        openShadowWindow(W, H);
         writeData(true);
         // The first sign is a block standing off its own centre, 1 to 2
         // towards +x, so that a half turn about the centre moves it to -x.

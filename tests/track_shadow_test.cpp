@@ -21,15 +21,9 @@ const int W = 160, H = 120;
 class TrackShadow : public ::testing::Test {
 protected:
     void SetUp() override {
-        bvtest::openWindow(W, H);
         // The game's GL state: the ground's shading goes through glColor
         // with lighting on.
-        config.soundeffects = 0;
-        initGL();
-        config.fog = 0;
-        config.lod = 2;
-        config.LOrange[0] = config.LOrange[1] = config.LOrange[2] = 60;
-        config.shadowprojectors = 0;
+        openShadowWindow(W, H);
         config.gokartfocus = 0;
         LightPosition[0] = -500;
         LightPosition[1] = 750;
